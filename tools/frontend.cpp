@@ -1,0 +1,259 @@
+// kels: feature front end. Per frame: DC removal, raw log energy, pre-emphasis, window, zero
+// padding to the FFT length, power (or magnitude) spectrum, mel filter bank, log, and for MFCC
+// the DCT with a sine lifter. Matches Kaldi's feature pipeline with dither 0.
+#include "frontend.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cstdint>
+#include <cmath>
+#include <string>
+
+#include "error.h"
+#include "have.h"
+
+namespace kels::tool {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr float kLogFloor = FLT_EPSILON;  // energies are floored here before the log, as Kaldi does
+
+[[maybe_unused]] double melScale(double hz) { return 1127.0 * std::log(1.0 + hz / 700.0); }
+
+std::vector<float> makeWindow(const std::string& name, int n) {
+  std::vector<float> w(std::size_t(n), 1.0f);
+  const double a = n > 1 ? 2.0 * kPi / (n - 1) : 0.0;
+  for (int i = 0; i < n; ++i) {
+    double v;
+    if (name == "povey") v = std::pow(0.5 - 0.5 * std::cos(a * i), 0.85);
+    else if (name == "hanning") v = 0.5 - 0.5 * std::cos(a * i);
+    else if (name == "hamming") v = 0.54 - 0.46 * std::cos(a * i);
+    else if (name == "blackman") v = 0.42 - 0.5 * std::cos(a * i) + 0.08 * std::cos(2.0 * a * i);
+    else if (name == "rectangular") v = 1.0;
+    else throw Error("unknown window '" + name + "' (povey, hamming, hanning, blackman, rectangular)");
+    w[std::size_t(i)] = float(v);
+  }
+  return w;
+}
+
+}  // namespace
+
+FeatureOptions FeatureOptions::kaldi(FeatureKind kind) {
+  FeatureOptions o;
+  o.kind = kind;
+  o.useEnergy = kind == FeatureKind::kMfcc;  // compute-fbank-feats leaves energy out by default
+  return o;
+}
+
+int FeatureOptions::baseDim() const {
+  return kind == FeatureKind::kMfcc ? numCeps : numBins + (useEnergy ? 1 : 0);
+}
+
+std::uint16_t FeatureOptions::htkKind() const {
+  // Columns are in Kaldi's order (energy or c0 first), which no HTK base kind describes.
+  std::uint16_t k = kHtkUser;
+  if (deltaOrder >= 1) k |= kHtkDelta;
+  if (deltaOrder >= 2) k |= kHtkAccel;
+  return k;
+}
+
+Frontend::Frontend(const FeatureOptions& opts, int sampleRate) : o_(opts), rate_(sampleRate) {
+  frameLen_ = int(double(sampleRate) * 0.001 * o_.frameLengthMs);
+  frameShift_ = int(double(sampleRate) * 0.001 * o_.frameShiftMs);
+  if (frameLen_ < 2 || frameShift_ < 1) throw Error("frame length or shift too short");
+  fftLen_ = frameLen_;
+  if (o_.roundToPow2) {
+    fftLen_ = 2;
+    while (fftLen_ < frameLen_) fftLen_ *= 2;
+  }
+  order_ = 0;
+  while ((1 << order_) < fftLen_) ++order_;
+  if ((1 << order_) != fftLen_)
+    throw Error("the FFT length must be a power of two (keep --round-to-power-of-two)");
+  if (order_ > 13) throw Error("frame too long for the FFT (at most 8192 samples)");
+  const double nyquist = 0.5 * sampleRate;
+  const double high = o_.highFreq > 0.0 ? o_.highFreq : nyquist + o_.highFreq;
+  if (o_.numBins < 1) throw Error("--num-mel-bins must be at least 1");
+  if (o_.lowFreq < 0.0 || high > nyquist || !(o_.lowFreq < high))
+    throw Error("mel bank frequencies must satisfy 0 <= low < high <= " + std::to_string(nyquist));
+  if (o_.kind == FeatureKind::kMfcc && (o_.numCeps < 2 || o_.numCeps > o_.numBins))
+    throw Error("--num-ceps must be between 2 and --num-mel-bins");
+  if (o_.lifter < 0) throw Error("--cepstral-lifter must not be negative");
+
+  window_ = makeWindow(o_.window, frameLen_);
+  frame_.assign(std::size_t(fftLen_), 0.0f);
+  power_.assign(std::size_t(fftLen_ / 2 + 1), 0.0f);
+  mel_.assign(std::size_t(o_.numBins), 0.0f);
+  ceps_.assign(std::size_t(o_.numCeps), 0.0f);
+
+#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
+  int bytes = 0;
+  check(kelsFFTGetSize_R_32f(order_, &bytes), "kelsFFTGetSize_R_32f");
+  fftMem_.assign(std::size_t(bytes) + 64, 0);
+  // The object lives in our memory; give it 64-byte alignment for the kernels.
+  auto addr = reinterpret_cast<std::uintptr_t>(fftMem_.data());
+  fft_ = reinterpret_cast<KelsFFTSpec_R_32f*>((addr + 63) & ~std::uintptr_t(63));
+  check(kelsFFTInit_R_32f(order_, fft_), "kelsFFTInit_R_32f");
+
+  // Kaldi's mel bank: triangles in the mel domain over bins 0 .. N/2 - 1 (the Nyquist bin gets
+  // no weight). Centre i is the last bin at or below the i-th mel edge, so each span between two
+  // centres feeds the falling side of one filter and the rising side of the next.
+  const int bins = fftLen_ / 2, nf = o_.numBins;
+  const double melLow = melScale(o_.lowFreq), melHigh = melScale(high);
+  const double delta = (melHigh - melLow) / (nf + 1);
+  std::vector<double> binMel(std::size_t(bins) + 1);
+  for (int k = 0; k <= bins; ++k) binMel[std::size_t(k)] = melScale(double(rate_) / fftLen_ * k);
+  std::vector<int> centres(std::size_t(nf) + 2);
+  for (int i = 0; i <= nf + 1; ++i) {
+    const double edge = melLow + i * delta;
+    int c = 0;
+    while (c + 1 <= bins && binMel[std::size_t(c) + 1] <= edge) ++c;
+    centres[std::size_t(i)] = c;
+  }
+  int order = 0;
+  check(kelsEmptyFBankInitAlloc_32f(&bank_, &order, fftLen_, nf, 1), "kelsEmptyFBankInitAlloc_32f");
+  check(kelsFBankSetCenters_32f(bank_, centres.data()), "kelsFBankSetCenters_32f");
+  std::vector<float> coeffs;
+  for (int j = 1; j <= nf; ++j) {
+    const double left = melLow + (j - 1) * delta, centre = left + delta, right = centre + delta;
+    coeffs.clear();
+    for (int k = centres[std::size_t(j) - 1]; k <= centres[std::size_t(j) + 1]; ++k) {
+      const double m = binMel[std::size_t(k)];
+      double w = 0.0;
+      if (k < bins && m > left && m < right)
+        w = m <= centre ? (m - left) / (centre - left) : (right - m) / (right - centre);
+      coeffs.push_back(float(w));
+    }
+    check(kelsFBankSetCoeffs_32f(bank_, j, coeffs.data()), "kelsFBankSetCoeffs_32f");
+  }
+
+  if (o_.kind == FeatureKind::kMfcc) {
+    // Orthonormal DCT-II: sqrt(2/M) on c1.., sqrt(1/M) on c0, times the sine lifter
+    // 1 + L/2 sin(pi n / L), which the library builds; L = 1 makes it 1 (no liftering).
+    const float m = float(o_.numBins);
+    check(kelsDCTLifterInitAlloc_C0_32f(&dct_, o_.numBins, o_.numCeps - 1,
+                                        o_.lifter > 0 ? o_.lifter : 1, std::sqrt(2.0f / m),
+                                        std::sqrt(1.0f / m)),
+          "kelsDCTLifterInitAlloc_C0_32f");
+  }
+#else
+  throw Error("feature extraction needs the library's FFT, filter-bank and DCT functions, "
+              "which this build of libkelsr does not have yet");
+#endif
+}
+
+Frontend::~Frontend() {
+#if KELS_HAVE_FBANK
+  if (bank_) kelsFBankFree_32f(bank_);
+#endif
+#if KELS_HAVE_DCT
+  if (dct_) kelsDCTLifterFree_32f(dct_);
+#endif
+}
+
+std::size_t Frontend::numFrames(std::size_t count) const {
+  if (count < std::size_t(frameLen_)) return 0;
+  return 1 + (count - std::size_t(frameLen_)) / std::size_t(frameShift_);
+}
+
+Matrix Frontend::compute(const float* samples, std::size_t count) {
+  const std::size_t frames = numFrames(count);
+  Matrix m(int(frames), o_.baseDim());
+  for (std::size_t t = 0; t < frames; ++t)
+    processFrame(samples + t * std::size_t(frameShift_), m.row(int(t)));
+  if (o_.deltaOrder > 0) m = addDeltas(m, o_.deltaOrder, o_.deltaWindow);
+  if (o_.cmvn) normalizeMeanVar(m);
+  return m;
+}
+
+void Frontend::processFrame(const float* x, float* out) {
+  const int n = frameLen_;
+  float* f = frame_.data();
+  float mean = 0.0f;
+  if (o_.removeDc) {
+    for (int i = 0; i < n; ++i) mean += x[i];
+    mean /= float(n);
+  }
+  double energy = 0.0;
+  for (int i = 0; i < n; ++i) {
+    f[i] = x[i] - mean;
+    energy += double(f[i]) * double(f[i]);
+  }
+  const float logEnergy = std::log(std::max(float(energy), kLogFloor));
+  if (o_.preemph != 0.0) {
+    const float p = float(o_.preemph);
+    for (int i = n - 1; i > 0; --i) f[i] -= p * f[i - 1];
+    f[0] -= p * f[0];
+  }
+  for (int i = 0; i < n; ++i) f[i] *= window_[std::size_t(i)];
+  for (int i = n; i < fftLen_; ++i) f[i] = 0.0f;
+
+#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
+  check(kelsFFTFwd_RToPack_32f(f, f, fft_), "kelsFFTFwd_RToPack_32f");
+  check(kelsPowerSpectrum_Pack_32f(f, power_.data(), fftLen_), "kelsPowerSpectrum_Pack_32f");
+  if (!o_.usePower)
+    for (float& p : power_) p = std::sqrt(p);
+  check(kelsEvalFBank_32f(power_.data(), mel_.data(), bank_), "kelsEvalFBank_32f");
+  for (float& v : mel_) v = std::log(std::max(v, kLogFloor));
+
+  if (o_.kind == FeatureKind::kFbank) {
+    int c = 0;
+    if (o_.useEnergy) out[c++] = logEnergy;
+    for (float v : mel_) out[c++] = v;
+    return;
+  }
+  // The lifter writes c1 .. c(Q) and then c0; features keep c0 (or the energy) first.
+  check(kelsDCTLifter_32f(mel_.data(), ceps_.data(), dct_), "kelsDCTLifter_32f");
+  const int q = o_.numCeps - 1;
+  out[0] = o_.useEnergy ? logEnergy : ceps_[std::size_t(q)];
+  for (int i = 0; i < q; ++i) out[i + 1] = ceps_[std::size_t(i)];
+#else
+  (void)out;
+  (void)logEnergy;
+#endif
+}
+
+Matrix addDeltas(const Matrix& m, int order, int window) {
+  const int base = m.cols, cols = base * (1 + order);
+  Matrix d(m.rows, cols);
+  for (int t = 0; t < m.rows; ++t) std::copy(m.row(t), m.row(t) + base, d.row(t));
+  // The regression needs 2W frames; shorter utterances get a narrower window, a single frame
+  // keeps zero deltas.
+  const int w = std::min(window, m.rows / 2);
+  if (w < 1 || order < 1) return d;
+  double norm = 0.0;
+  for (int tau = 1; tau <= w; ++tau) norm += 2.0 * tau * tau;
+  const float scale = float(1.0 / norm);
+#if KELS_HAVE_DELTA
+  for (int k = 0; k < order; ++k)
+    check(kelsEvalDelta_32f_D2(d.data.data(), d.rows, cols, base, k * base, w, scale),
+          "kelsEvalDelta_32f_D2");
+#else
+  (void)scale;
+  throw Error("deltas need the library's kelsEvalDelta_32f_D2, which this build does not have yet");
+#endif
+  return d;
+}
+
+void normalizeMeanVar(Matrix& m) {
+  if (m.rows == 0) return;
+#if KELS_HAVE_STATS && KELS_HAVE_NORMALIZE
+  std::vector<float> mean(std::size_t(m.cols)), scale(std::size_t(m.cols), 1.0f);
+  if (m.rows >= 2) {
+    check(kelsMeanVarColumn_32f_D2(m.data.data(), m.rows, m.cols, mean.data(), scale.data(), m.cols),
+          "kelsMeanVarColumn_32f_D2");
+    // A constant column has no scale: the tiny threshold stands in for 1/sigma and maps it to 0.
+    const KelsStatus st = kelsRecSqrt_32f(scale.data(), m.cols, 1e-20f);
+    if (st < 0) check(st, "kelsRecSqrt_32f");
+  } else {
+    std::copy(m.row(0), m.row(0) + m.cols, mean.begin());
+  }
+  check(kelsNormalizeColumn_32f_D2(m.data.data(), m.cols, m.rows, mean.data(), scale.data(), m.cols),
+        "kelsNormalizeColumn_32f_D2");
+#else
+  throw Error("--cmvn needs the library's column statistics and kelsNormalizeColumn_32f_D2, "
+              "which this build does not have yet");
+#endif
+}
+
+}  // namespace kels::tool
