@@ -20,11 +20,11 @@ extern "C" {
  * object by a kind field). Transforms of N > 2048 take working memory from the heap for the
  * call and may return kelErrMemAlloc. */
 KELS_API KelsStatus KELS_CALL kelsFFTGetSize_R_32f(int order, int* size);
-KELS_API KelsStatus KELS_CALL kelsFFTInit_R_32f(int order, KelsFFTSpec_R_32f* spec);
+KELS_API KelsStatus KELS_CALL kelsFFTInit_R_32f(int order, KelsFFTSpec_R_32f* fftObj);
 KELS_API KelsStatus KELS_CALL kelsFFTFwd_RToPack_32f(const Kels32f* src, Kels32f* dst,
-                                                     const KelsFFTSpec_R_32f* spec);
+                                                     const KelsFFTSpec_R_32f* fftObj);
 KELS_API KelsStatus KELS_CALL kelsFFTInv_PackToR_32f(const Kels32f* src, Kels32f* dst,
-                                                     const KelsFFTSpec_R_32f* spec);
+                                                     const KelsFFTSpec_R_32f* fftObj);
 
 /* |X(k)|^2 for k = 0 .. n/2 (n/2 + 1 values) from a packed spectrum of n values. n must be even
  * and at least 2 (else kelErrSize), not necessarily a power of two; power may equal pack. */

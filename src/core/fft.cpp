@@ -162,16 +162,16 @@ namespace {
 
 bool orderOk(int order) { return order >= fft::kMinOrder && order <= fft::kMaxOrder; }
 
-KelsStatus checkTransform(const Kels32f* src, Kels32f* dst, const KelsFFTSpec_R_32f* spec) {
-  return ArgCheck{}.ptrs(src, dst, spec).data([&] { return fft::planValid(spec); }, kelErrBadObject);
+KelsStatus checkTransform(const Kels32f* src, Kels32f* dst, const KelsFFTSpec_R_32f* fftObj) {
+  return ArgCheck{}.ptrs(src, dst, fftObj).data([&] { return fft::planValid(fftObj); }, kelErrBadObject);
 }
 
 template <class Run>
-KelsStatus transform(const Kels32f* src, Kels32f* dst, const KelsFFTSpec_R_32f* spec, Run run) {
-  if (KelsStatus st = checkTransform(src, dst, spec); st != kelOk) return st;
-  Scratch<float, 4096> work(fft::workFloats(spec->n));  // on the stack up to N = 2048
+KelsStatus transform(const Kels32f* src, Kels32f* dst, const KelsFFTSpec_R_32f* fftObj, Run run) {
+  if (KelsStatus st = checkTransform(src, dst, fftObj); st != kelOk) return st;
+  Scratch<float, 4096> work(fft::workFloats(fftObj->n));  // on the stack up to N = 2048
   if (!work) return kelErrMemAlloc;
-  run(fft::view(spec), src, dst, work.data());
+  run(fft::view(fftObj), src, dst, work.data());
   return kelOk;
 }
 
@@ -186,23 +186,23 @@ extern "C" KELS_API KelsStatus KELS_CALL kelsFFTGetSize_R_32f(int order, int* si
   return kelOk;
 }
 
-extern "C" KELS_API KelsStatus KELS_CALL kelsFFTInit_R_32f(int order, KelsFFTSpec_R_32f* spec) {
-  const bool aligned = reinterpret_cast<std::uintptr_t>(spec) % alignof(KelsFFTSpec_R_32f) == 0;
-  if (KelsStatus st = ArgCheck{}.ptr(spec).arg(orderOk(order), kelErrSize).arg(aligned, kelErrBadArg);
+extern "C" KELS_API KelsStatus KELS_CALL kelsFFTInit_R_32f(int order, KelsFFTSpec_R_32f* fftObj) {
+  const bool aligned = reinterpret_cast<std::uintptr_t>(fftObj) % alignof(KelsFFTSpec_R_32f) == 0;
+  if (KelsStatus st = ArgCheck{}.ptr(fftObj).arg(orderOk(order), kelErrSize).arg(aligned, kelErrBadArg);
       st != kelOk)
     return st;
-  fft::buildPlan(order, spec);
+  fft::buildPlan(order, fftObj);
   return kelOk;
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsFFTFwd_RToPack_32f(const Kels32f* src, Kels32f* dst,
-                                                             const KelsFFTSpec_R_32f* spec) {
-  return transform(src, dst, spec, fft::kernels().forward);
+                                                             const KelsFFTSpec_R_32f* fftObj) {
+  return transform(src, dst, fftObj, fft::kernels().forward);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsFFTInv_PackToR_32f(const Kels32f* src, Kels32f* dst,
-                                                             const KelsFFTSpec_R_32f* spec) {
-  return transform(src, dst, spec, fft::kernels().inverse);
+                                                             const KelsFFTSpec_R_32f* fftObj) {
+  return transform(src, dst, fftObj, fft::kernels().inverse);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsPowerSpectrum_Pack_32f(const Kels32f* pack,

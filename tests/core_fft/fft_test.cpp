@@ -77,9 +77,9 @@ struct Plan {
     int size = 0;
     EXPECT_EQ(kelsFFTGetSize_R_32f(order, &size), kelOk);
     mem.resize(std::size_t(size) / 4 + 1);
-    EXPECT_EQ(kelsFFTInit_R_32f(order, spec()), kelOk);
+    EXPECT_EQ(kelsFFTInit_R_32f(order, get()), kelOk);
   }
-  KelsFFTSpec_R_32f* spec() { return reinterpret_cast<KelsFFTSpec_R_32f*>(mem.data()); }
+  KelsFFTSpec_R_32f* get() { return reinterpret_cast<KelsFFTSpec_R_32f*>(mem.data()); }
   std::vector<std::uint32_t> mem;
 };
 
@@ -93,7 +93,7 @@ TEST_P(FftOrders, ForwardMatchesLongDoubleDft) {
   Rng rng(order);
   std::vector<float> x = rng.uniformVec<float>(n, -1, 1);
   std::vector<float> out(n);
-  ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.spec()), kelOk);
+  ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.get()), kelOk);
   const auto ref = refDft(std::vector<long double>(x.begin(), x.end()));
   const long double err = relRms(unpack(out.data(), n), ref);
   EXPECT_LT(err, 1e-6L);
@@ -107,7 +107,7 @@ TEST_P(FftOrders, InverseMatchesLongDoubleSynthesis) {
   Rng rng(100 + order);
   std::vector<float> pack = rng.uniformVec<float>(n, -1, 1);
   std::vector<float> out(n);
-  ASSERT_EQ(kelsFFTInv_PackToR_32f(pack.data(), out.data(), plan.spec()), kelOk);
+  ASSERT_EQ(kelsFFTInv_PackToR_32f(pack.data(), out.data(), plan.get()), kelOk);
   const auto ref = refInverse(unpack(pack.data(), n), n);
   long double e = 0, r = 0;
   for (std::size_t t = 0; t < n; ++t) {
@@ -127,11 +127,11 @@ TEST_P(FftOrders, InPlaceAndMisalignedGiveTheSameBitsOnEveryTarget) {
   forEachTarget([&](Target t) {
     for (std::size_t mis : {0, 4, 12}) {
       Buffer<float> src(x, mis), dst(n, (mis + 8) % 32);
-      ASSERT_EQ(kelsFFTFwd_RToPack_32f(src.data(), dst.data(), plan.spec()), kelOk);
+      ASSERT_EQ(kelsFFTFwd_RToPack_32f(src.data(), dst.data(), plan.get()), kelOk);
       std::vector<float> fwd(dst.data(), dst.data() + n);
-      ASSERT_EQ(kelsFFTFwd_RToPack_32f(src.data(), src.data(), plan.spec()), kelOk);
+      ASSERT_EQ(kelsFFTFwd_RToPack_32f(src.data(), src.data(), plan.get()), kelOk);
       EXPECT_EQ(std::memcmp(src.data(), fwd.data(), n * 4), 0) << targetName(t) << " in place";
-      ASSERT_EQ(kelsFFTInv_PackToR_32f(src.data(), src.data(), plan.spec()), kelOk);
+      ASSERT_EQ(kelsFFTInv_PackToR_32f(src.data(), src.data(), plan.get()), kelOk);
       std::vector<float> inv(src.data(), src.data() + n);
       if (fwd0.empty()) {
         fwd0 = fwd;
@@ -157,11 +157,11 @@ TEST(Fft, ExactSpectraOfSimpleSignals) {
     Plan plan(order);
     std::vector<float> x(n, 0.0f), out(n);
     x[0] = 1;  // impulse: every bin 1
-    ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.spec()), kelOk);
+    ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.get()), kelOk);
     for (std::size_t k = 0; k < n; ++k) EXPECT_EQ(out[k], k < 2 ? 1.0f : (k % 2 == 0 ? 1.0f : 0.0f)) << n << " " << k;
     std::vector<float> alt(n);  // (-1)^t: all energy at N/2
     for (std::size_t t = 0; t < n; ++t) alt[t] = t % 2 ? -1.0f : 1.0f;
-    ASSERT_EQ(kelsFFTFwd_RToPack_32f(alt.data(), out.data(), plan.spec()), kelOk);
+    ASSERT_EQ(kelsFFTFwd_RToPack_32f(alt.data(), out.data(), plan.get()), kelOk);
     EXPECT_EQ(out[0], 0.0f);
     EXPECT_EQ(out[1], float(n));
   }
@@ -173,7 +173,7 @@ TEST(Fft, CopiedObjectWorksAfterTheOriginalIsGone) {
   std::vector<std::uint32_t> copy;
   {
     Plan plan(order);
-    ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), a.data(), plan.spec()), kelOk);
+    ASSERT_EQ(kelsFFTFwd_RToPack_32f(x.data(), a.data(), plan.get()), kelOk);
     copy = plan.mem;
     std::memset(plan.mem.data(), 0x5A, plan.mem.size() * 4);
   }
@@ -193,11 +193,11 @@ TEST(Fft, ChecksInOrderAndWritesNothing) {
   EXPECT_GT(s13, 8192 * 2);
 
   Canary<std::uint32_t> mem(std::size_t(s13) / 4 + 1);
-  auto* spec = reinterpret_cast<KelsFFTSpec_R_32f*>(mem.data());
+  auto* fftObj = reinterpret_cast<KelsFFTSpec_R_32f*>(mem.data());
   EXPECT_EQ(kelsFFTInit_R_32f(3, nullptr), kelErrNullPtr);
-  EXPECT_EQ(kelsFFTInit_R_32f(0, spec), kelErrSize);
-  EXPECT_EQ(kelsFFTInit_R_32f(-3, spec), kelErrSize);
-  EXPECT_EQ(kelsFFTInit_R_32f(14, spec), kelErrSize);
+  EXPECT_EQ(kelsFFTInit_R_32f(0, fftObj), kelErrSize);
+  EXPECT_EQ(kelsFFTInit_R_32f(-3, fftObj), kelErrSize);
+  EXPECT_EQ(kelsFFTInit_R_32f(14, fftObj), kelErrSize);
   EXPECT_EQ(kelsFFTInit_R_32f(3, reinterpret_cast<KelsFFTSpec_R_32f*>(reinterpret_cast<char*>(mem.data()) + 1)),
             kelErrBadArg);
   EXPECT_TRUE(mem.untouched());
@@ -205,16 +205,16 @@ TEST(Fft, ChecksInOrderAndWritesNothing) {
   // Memory never built is refused, not followed.
   std::vector<float> x(16, 1.0f);
   Canary<float> out(16);
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), spec), kelErrBadObject);
-  EXPECT_EQ(kelsFFTInv_PackToR_32f(x.data(), out.data(), spec), kelErrBadObject);
-  ASSERT_EQ(kelsFFTInit_R_32f(4, spec), kelOk);
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(nullptr, out.data(), spec), kelErrNullPtr);
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), nullptr, spec), kelErrNullPtr);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), fftObj), kelErrBadObject);
+  EXPECT_EQ(kelsFFTInv_PackToR_32f(x.data(), out.data(), fftObj), kelErrBadObject);
+  ASSERT_EQ(kelsFFTInit_R_32f(4, fftObj), kelOk);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(nullptr, out.data(), fftObj), kelErrNullPtr);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), nullptr, fftObj), kelErrNullPtr);
   EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), nullptr), kelErrNullPtr);
-  EXPECT_EQ(kelsFFTInv_PackToR_32f(nullptr, out.data(), spec), kelErrNullPtr);
+  EXPECT_EQ(kelsFFTInv_PackToR_32f(nullptr, out.data(), fftObj), kelErrNullPtr);
   EXPECT_EQ(kelsFFTInv_PackToR_32f(x.data(), out.data(), nullptr), kelErrNullPtr);
   EXPECT_TRUE(out.untouched());
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), spec), kelOk);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), fftObj), kelOk);
   EXPECT_TRUE(out.guardsIntact());
 }
 
@@ -223,10 +223,10 @@ TEST(Fft, LongTransformsReportRefusedWorkingMemory) {
   std::vector<float> x(8192, 1.0f);
   Canary<float> out(8192);
   kels::testing::failNthAllocation(1);
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.spec()), kelErrMemAlloc);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.get()), kelErrMemAlloc);
   kels::testing::failNthAllocation(0);
   EXPECT_TRUE(out.untouched());
-  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.spec()), kelOk);
+  EXPECT_EQ(kelsFFTFwd_RToPack_32f(x.data(), out.data(), plan.get()), kelOk);
   EXPECT_EQ(out[0], 8192.0f);
 }
 
