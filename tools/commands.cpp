@@ -146,6 +146,15 @@ const char* kUsage =
     "  kels gmm-train --components 8 feats.ark -o model.gmm\n"
     "  kels gmm-score model.gmm feats.ark\n";
 
+std::string checkedFormat(const std::string& v) {
+  try {
+    parseFormat(v);
+  } catch (const Error& e) {
+    throw UsageError(e.what());
+  }
+  return v;
+}
+
 struct Input {
   std::string id, path;
 };
@@ -246,7 +255,7 @@ int runFeatures(const std::string& cmd, const std::vector<std::string>& args) {
       {"-o, --output", "PATH", "archive file, or file/directory for htk and npy (default: stdout)",
        [&](const std::string& v) { out = v; }},
       {"--format", "FMT", "text, ark, htk or npy (default: from the extension; ark, or text on stdout)",
-       [&](const std::string& v) { format = v; }},
+       [&](const std::string& v) { format = checkedFormat(v); }},
       {"--list", "FILE", "read inputs from FILE: 'path' or 'utt-id path' per line",
        [&](const std::string& v) { lists.push_back(v); }},
       {"-j, --threads", "N", "worker threads (default: all cores)", number("--threads", &threads, 1, 1024)},
@@ -434,7 +443,7 @@ int runGmmScore(const std::vector<std::string>& args) {
       {"--per-frame", "PATH", "also write per-frame log-likelihoods (one column per utterance)",
        [&](const std::string& v) { perFrame = v; }},
       {"--format", "FMT", "format of --per-frame: text, ark, htk or npy (default: from the extension)",
-       [&](const std::string& v) { format = v; }},
+       [&](const std::string& v) { format = checkedFormat(v); }},
       {"--list", "FILE", "read feature files from FILE: 'path' or 'utt-id path' per line",
        [&](const std::string& v) { lists.push_back(v); }},
       {"-j, --threads", "N", "worker threads (default: all cores)", number("--threads", &threads, 1, 1024)},

@@ -1,0 +1,123 @@
+// Features against torchaudio's Kaldi-compatible front end (goldens made by make_goldens.py
+// from the same WAV files), and the properties of deltas and normalisation.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "error.h"
+#include "frontend.h"
+#include "have.h"
+#include "matrix_io.h"
+#include "tools_support.h"
+#include "wav.h"
+
+namespace kels::tool {
+namespace {
+
+constexpr bool kHaveFrontEnd = KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT;
+
+struct GoldenCase {
+  const char* name;
+  FeatureKind kind;
+  bool useEnergy;
+  const char* prefix;
+};
+
+class Golden : public ::testing::TestWithParam<GoldenCase> {};
+
+TEST_P(Golden, MatchesTorchaudioWithin1e3) {
+  if (!kHaveFrontEnd) GTEST_SKIP() << "library FFT / filter bank / DCT not in this build";
+  const GoldenCase& c = GetParam();
+  FeatureOptions o = FeatureOptions::kaldi(c.kind);
+  o.useEnergy = c.useEnergy;
+  for (const char* utt : {"utt1", "utt2", "utt3"}) {
+    const Audio a = readWav(test::samplePath(utt));
+    Frontend fe(o, a.sampleRate);
+    const Matrix got = fe.compute(a.samples.data(), a.samples.size());
+    const Matrix want = readFeatures(test::goldenPath(std::string(c.prefix) + utt + ".npy"))[0].feats;
+    ASSERT_EQ(got.rows, want.rows) << utt;
+    ASSERT_EQ(got.cols, want.cols) << utt;
+    double worst = 0.0;
+    int at = 0;
+    for (std::size_t i = 0; i < got.data.size(); ++i) {
+      const double e = std::fabs(double(got.data[i]) - double(want.data[i]));
+      if (e > worst) worst = e, at = int(i);
+    }
+    EXPECT_LE(worst, 1e-3) << utt << ": worst at frame " << at / got.cols << " column "
+                           << at % got.cols << ": " << got.data[std::size_t(at)] << " vs "
+                           << want.data[std::size_t(at)];
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kaldi, Golden,
+    ::testing::Values(GoldenCase{"mfcc", FeatureKind::kMfcc, true, "mfcc_"},
+                      GoldenCase{"mfcc_c0", FeatureKind::kMfcc, false, "mfcc_c0_"},
+                      GoldenCase{"fbank", FeatureKind::kFbank, false, "fbank_"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Frontend, FrameCountFollowsKaldi) {
+  if (!kHaveFrontEnd) GTEST_SKIP() << "library front-end families not in this build";
+  Frontend fe(FeatureOptions::kaldi(FeatureKind::kMfcc), 16000);
+  EXPECT_EQ(fe.frameLength(), 400);
+  EXPECT_EQ(fe.frameShift(), 160);
+  EXPECT_EQ(fe.fftSize(), 512);
+  EXPECT_EQ(fe.numFrames(399), 0u);
+  EXPECT_EQ(fe.numFrames(400), 1u);
+  EXPECT_EQ(fe.numFrames(559), 1u);
+  EXPECT_EQ(fe.numFrames(560), 2u);
+}
+
+TEST(Frontend, RejectsImpossibleSettings) {
+  auto with = [](auto edit) {
+    FeatureOptions o = FeatureOptions::kaldi(FeatureKind::kMfcc);
+    edit(o);
+    return o;
+  };
+  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.numCeps = 24; }), 16000), Error);
+  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.highFreq = 9000; }), 16000), Error);
+  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.lowFreq = 8000; }), 16000), Error);
+  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.window = "triangle"; }), 16000), Error);
+  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.frameLengthMs = 600; }), 16000), Error);
+}
+
+TEST(Frontend, DeltasAreTheRegressionOfTheStatics) {
+  if (!KELS_HAVE_DELTA) GTEST_SKIP() << "library deltas not in this build";
+  // A quadratic track: the regression gives the exact slope away from the edges, and the
+  // second pass the exact curvature.
+  Matrix m(12, 2);
+  for (int t = 0; t < 12; ++t) m.row(t)[0] = float(t * t), m.row(t)[1] = float(3 * t);
+  const Matrix d = addDeltas(m, 2, 2);
+  ASSERT_EQ(d.cols, 6);
+  for (int t = 4; t < 8; ++t) {
+    EXPECT_FLOAT_EQ(d.row(t)[0], float(t * t));
+    EXPECT_NEAR(d.row(t)[2], 2.0 * t, 1e-4) << t;
+    EXPECT_NEAR(d.row(t)[3], 3.0, 1e-5) << t;
+    EXPECT_NEAR(d.row(t)[4], 2.0, 1e-4) << t;
+    EXPECT_NEAR(d.row(t)[5], 0.0, 1e-5) << t;
+  }
+  const Matrix one = addDeltas(Matrix(1, 3), 2, 2);  // too short for any window: zero deltas
+  EXPECT_EQ(one.cols, 9);
+  EXPECT_TRUE(std::all_of(one.data.begin(), one.data.end(), [](float v) { return v == 0.0f; }));
+}
+
+TEST(Frontend, MeanVarianceNormalisationGivesZeroMeanUnitVariance) {
+  if (!(KELS_HAVE_STATS && KELS_HAVE_NORMALIZE)) GTEST_SKIP() << "library normalisation not in this build";
+  Matrix m(50, 3);
+  for (int t = 0; t < 50; ++t) {
+    m.row(t)[0] = float(t % 7) * 3.0f + 100.0f;
+    m.row(t)[1] = -float(t) * 0.01f;
+    m.row(t)[2] = 5.0f;  // constant: maps to 0
+  }
+  normalizeMeanVar(m);
+  for (int c = 0; c < 3; ++c) {
+    long double s = 0, s2 = 0;
+    for (int t = 0; t < 50; ++t) s += m.row(t)[c], s2 += (long double)m.row(t)[c] * m.row(t)[c];
+    EXPECT_NEAR(double(s / 50), 0.0, 1e-5) << c;
+    EXPECT_NEAR(double(s2 / 49), c == 2 ? 0.0 : 1.0, 1e-4) << c;
+  }
+}
+
+}  // namespace
+}  // namespace kels::tool
