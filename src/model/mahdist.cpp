@@ -8,7 +8,7 @@
 #include "core/export.h"
 #include "core/rows.h"
 #include "core/scale.h"
-#include "model/kernels/mix_dist.h"
+#include "model/kernels/dist_kernels.h"
 #include "model/mix_family.h"
 
 namespace kels::model {
@@ -68,16 +68,11 @@ KelsStatus mahDistSingle16s32s(const Kels16s* x, const Kels16s* mean, const Kels
   return kelOk;
 }
 
-// Elements widened to double, summed in the 4 double lanes of the 64f distances.
+// Elements widened to double before the difference, double sums.
 KelsStatus mahDistSingle32f64f(const Kels32f* x, const Kels32f* mean, const Kels32f* var, int n,
                                Kels64f* dst) {
   if (KelsStatus st = ArgCheck{}.ptrs(x, mean, var, dst).size(n); st != kelOk) return st;
-  double p[kLanes64] = {};
-  for (int i = 0; i < n; ++i) {
-    const double d = double(x[i]) - double(mean[i]);
-    p[i % kLanes64] += d * d * double(var[i]);
-  }
-  *dst = reduce4(p);
+  *dst = distKernels().wsd32f64f(x, mean, var, n);
   return kelOk;
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 #include <kelsr.h>
 
@@ -94,6 +95,17 @@ void forEachDistance(const Form& f, RowSrc<typename Form::Elem> x, RowSrc<typena
   }
 }
 
+// dst[j] <- LogAdd(dst[j], score[j]): float results a row at a time on the active target.
+template <class Form>
+void logAddInto(const Form& f, const typename Form::Res* score, typename Form::Res* dst, int n) {
+  if constexpr (std::is_same_v<typename Form::Res, Kels32f>) {
+    (void)f;
+    logAddRow32f(score, dst, n, kMixHint);
+  } else {
+    for (int j = 0; j < n; ++j) dst[j] = f.fromLog(logAddMix(f.toLog(dst[j]), f.toLog(score[j])));
+  }
+}
+
 template <class T>
 RowSrc<T> weightsOf(const T* w) { return {w, 0, nullptr}; }
 
@@ -124,7 +136,7 @@ KelsStatus logGaussAdd(Rows x, const typename Form::Elem* mean, const typename F
   return form.with([&](auto f) {
     forEachDistance(f, rowSrc(x), fixedRow(mean), weightsOf(var), n, m,
                     [&](int t, auto s) { score[t] = f.score(g, s); });
-    for (int t = 0; t < m; ++t) dst[t] = f.fromLog(logAdd(f.toLog(dst[t]), f.toLog(score[t])));
+    logAddInto(f, score.data(), dst, m);
     return kelOk;
   });
 }
@@ -173,7 +185,7 @@ KelsStatus logGaussAddMultiMix(Rows mean, Rows var, const typename Form::Elem* x
   return form.with([&](auto f) {
     forEachDistance(f, fixedRow(x), rowSrc(mean), rowSrc(var), n, count,
                     [&](int j, auto s) { score[j] = f.score(g[j], s); });
-    for (int j = 0; j < count; ++j) dst[j] = f.fromLog(logAdd(f.toLog(dst[j]), f.toLog(score[j])));
+    logAddInto(f, score.data(), dst, count);
     return kelOk;
   });
 }
@@ -191,7 +203,7 @@ KelsStatus logGaussMixture(const typename Form::Elem* x, Rows mean, Rows var, in
     if (!score) return kelErrMemAlloc;
     forEachDistance(f, fixedRow(x), rowSrc(mean), rowSrc(var), n, count,
                     [&](int j, auto s) { score[j] = f.toLog(f.score(g[j], s)); });
-    *dst = f.fromLog(logSum(score.data(), count));
+    *dst = f.fromLog(logSumMix(score.data(), count));
     return kelOk;
   });
 }
@@ -230,7 +242,7 @@ KelsStatus logGaussMixtureSelect(const T* x, const T* mean, const T* var, int st
       T s;
       f.dist(fixedRow(rows[t]), fixedRow(means[j]), fixedRow(vars[j]), n, 1, &s);
       const T r = f.score(g[j], s);
-      dst[t] = scored.get()[t] ? logAdd(dst[t], r) : r;
+      dst[t] = scored.get()[t] ? logAddMix(dst[t], r) : r;
       scored.get()[t] = 1;  // a flag: a 16-bit count could wrap back to 0
     }
   }

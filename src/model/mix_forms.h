@@ -10,17 +10,18 @@
 
 #include "core/scale.h"
 #include "model/mix_kernels.h"
-#include "model/mix_logdomain.h"
+#include "model/kernels/dist_kernels.h"
+#include "model/logadd.h"
 
 namespace kels::model {
 
-// Log-additions of the mixture families use the accurate correction.
-constexpr int kMixLogAddHint = 0;
+// Log-additions of the mixture families use the accurate correction (hint 0).
+constexpr int kMixHint = 0;
 
-inline float logAdd(float a, float b) { return mixLogAdd32f(a, b, kMixLogAddHint); }
-inline double logAdd(double a, double b) { return mixLogAdd64f(a, b); }
-inline float logSum(const float* v, int n) { return mixLogSum32f(v, n); }
-inline double logSum(const double* v, int n) { return mixLogSum64f(v, n); }
+inline float logAddMix(float a, float b) { return logAdd32f(a, b); }
+inline double logAddMix(double a, double b) { return logAdd64f(a, b); }
+inline float logSumMix(const float* v, int n) { return logSum32f(v, n, kMixHint); }
+inline double logSumMix(const double* v, int n) { return logSum64f(v, n); }
 
 // A scale factor clamped far enough that negating it or adding one is defined; the power-of-two
 // table clamps again to its own range.
@@ -103,7 +104,8 @@ struct FormLowSplit {
   static constexpr bool kWeighted = W;
   int sf;
   void dist(RowSrc<Elem> x, RowSrc<Elem> m, RowSrc<Elem> w, int n, int c, std::int64_t* s) const {
-    lowDist16s(x, m, W ? w : RowSrc<Elem>{nullptr, 0, nullptr}, n, c, sf, s);
+    const DistKernels& k = distKernels();  // integer sums: one row at a time is as exact
+    for (int j = 0; j < c; ++j) s[j] = W ? k.lowWsd16s(x[j], m[j], w[j], n, sf) : k.lowSd16s(x[j], m[j], n, sf);
   }
   Res score(Res g, std::int64_t low) const {
     if constexpr (std::is_same_v<R, Kels32s>) return sat32(std::int64_t(g) - low);  // exact, saturated

@@ -1,8 +1,9 @@
-// Row distances for the mixture and distance families: for `count` rows j, the weighted squared
-// distance S_j = sum_i (x_i - m_i)^2 * w_i (w absent in the identity-variance forms). Any of the
-// three operands may be one fixed vector or a set of rows, so the same kernel serves one vector
-// against many Gaussians and many vectors against one Gaussian. Every target returns the bits of
-// the scalar kernel: 8 partial sums for float (lane i % 8), 4 for double, one fixed reduction tree.
+// Multi-row distances for the mixture and distance families: for `count` rows j, the sum S_j of
+// the single-Gaussian row kernels (model/kernels/dist_kernels.h), with the same terms, lanes and
+// reduction tree, so every row gets exactly the bits the single-row kernel gives it. Any of the
+// three operands may be one fixed vector or a set of rows: the same kernel serves one vector
+// against many Gaussians and many vectors against one Gaussian. SIMD targets evaluate several
+// rows per pass; targets without a multi-row version run the single-row kernel row by row.
 #pragma once
 
 #include <cstddef>
@@ -41,14 +42,8 @@ struct MixDistKernels {
   DistFn<Kels16s, float> wsd16s, sd16s;    // exact integer differences, float sums
 };
 
-// The kernels of one target; targets this build lacks give the next narrower one.
+// The kernels of one target; targets without their own give the next narrower one.
 const MixDistKernels& mixDistKernels(Target t);
 inline const MixDistKernels& mixDistKernels() { return mixDistKernels(activeTarget()); }
-
-// The 16-bit split evaluation of the Low forms, for scale factors 0..15: with d = sat16(x - m)
-// and d^2 = hi * 2^16 + lo, the sum of hi * w * 2^(15 - sf) + ((lo >> 1) * w >> sf), an integer
-// approximation of 1/2 * S * 2^-sf. Integer sums are exact, so one version serves every target.
-void lowDist16s(RowSrc<Kels16s> x, RowSrc<Kels16s> m, RowSrc<Kels16s> w, int n, int count,
-                int sf, std::int64_t* s);
 
 }  // namespace kels::model

@@ -1,74 +1,41 @@
-// AVX2 row distances: one 256-bit register holds the 8 float (or 4 double) partial sums of a
-// row, four rows per pass share the loads of a fixed operand, and the tail is loaded under a mask
-// (a masked lane adds +0, which leaves the lane's bits unchanged).
-#include <immintrin.h>
-
+// AVX2 multi-row distances: four rows per pass, each row's 8 float (or 4 double) partial sums in
+// one 256-bit register, the last partial block read under a mask, and four rows reduced together
+// by the tree of dist.h, so each row gets the bits of the single-row kernel.
 #include <cstring>
 
-#include "model/kernels/mix_dist.h"
+#include "model/kernels/dist_ymm.h"
+#include "model/mix_kernels.h"
 
 namespace kels::model {
 namespace {
 
 constexpr int kRows = 4;  // rows per pass
 
-inline __m256 term(Weighted, __m256 x, __m256 m, __m256 w) {
-  const __m256 d = _mm256_sub_ps(x, m);
-  return _mm256_mul_ps(_mm256_mul_ps(d, d), w);
-}
-inline __m256 term(Identity, __m256 x, __m256 m, __m256) {
-  const __m256 d = _mm256_sub_ps(x, m);
-  return _mm256_mul_ps(d, d);
-}
-inline __m256d term(Weighted, __m256d x, __m256d m, __m256d w) {
-  const __m256d d = _mm256_sub_pd(x, m);
-  return _mm256_mul_pd(_mm256_mul_pd(d, d), w);
-}
-inline __m256d term(Identity, __m256d x, __m256d m, __m256d) {
-  const __m256d d = _mm256_sub_pd(x, m);
-  return _mm256_mul_pd(d, d);
-}
-
-constexpr bool weighted(Weighted) { return true; }
-constexpr bool weighted(Identity) { return false; }
-
-// Loads of 8 elements as 8 floats: floats as they are, 16-bit values widened exactly.
-inline __m256 load8(const Kels32f* p) { return _mm256_loadu_ps(p); }
-inline __m256i load8i(const Kels16s* p) {
-  return _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
-}
-inline __m256 load8w(const Kels16s* p) { return _mm256_cvtepi32_ps(load8i(p)); }
-inline __m256 load8w(const Kels32f* p) { return _mm256_loadu_ps(p); }
-
-// The term of 8 elements from pointers into x, m and w.
+// The 8 terms of one block of a float row; r < 8 reads the last r elements and zeros beyond.
 template <class Form>
-inline __m256 terms8(Form f, const Kels32f* x, const Kels32f* m, const Kels32f* w) {
-  return term(f, load8(x), load8(m), weighted(f) ? load8w(w) : _mm256_setzero_ps());
+inline __m256 terms8(const Kels32f* x, const Kels32f* m, const Kels32f* w) {
+  return Form::term(_mm256_loadu_ps(x), _mm256_loadu_ps(m), Form::kW ? _mm256_loadu_ps(w) : _mm256_setzero_ps());
 }
 template <class Form>
-inline __m256 terms8(Form f, const Kels16s* x, const Kels16s* m, const Kels16s* w) {
-  const __m256 d = _mm256_cvtepi32_ps(_mm256_sub_epi32(load8i(x), load8i(m)));
+inline __m256 tail8(const Kels32f* x, const Kels32f* m, const Kels32f* w, int r) {
+  return Form::term(maskLoad8(x, r), maskLoad8(m, r), Form::kW ? maskLoad8(w, r) : _mm256_setzero_ps());
+}
+template <class Form>
+inline __m256 terms8(const Kels16s* x, const Kels16s* m, const Kels16s* w) {
+  const __m256 d = diff16s(x, m);
   const __m256 sq = _mm256_mul_ps(d, d);
-  return weighted(f) ? _mm256_mul_ps(sq, load8w(w)) : sq;
-}
-
-// The last r < 8 elements, zero beyond: masked loads for floats, a zeroed copy for 16-bit data.
-template <class Form>
-inline __m256 tail8(Form f, const Kels32f* x, const Kels32f* m, const Kels32f* w, int r) {
-  const __m256i mask = _mm256_cmpgt_epi32(_mm256_set1_epi32(r), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
-  const __m256 wv = weighted(f) ? _mm256_maskload_ps(w, mask) : _mm256_setzero_ps();
-  return term(f, _mm256_maskload_ps(x, mask), _mm256_maskload_ps(m, mask), wv);
+  return Form::kW ? _mm256_mul_ps(sq, load16s(w)) : sq;
 }
 template <class Form>
-inline __m256 tail8(Form f, const Kels16s* x, const Kels16s* m, const Kels16s* w, int r) {
+inline __m256 tail8(const Kels16s* x, const Kels16s* m, const Kels16s* w, int r) {
   Kels16s bx[8] = {}, bm[8] = {}, bw[8] = {};
   std::memcpy(bx, x, std::size_t(r) * sizeof(Kels16s));
   std::memcpy(bm, m, std::size_t(r) * sizeof(Kels16s));
-  if (weighted(f)) std::memcpy(bw, w, std::size_t(r) * sizeof(Kels16s));
-  return terms8(f, bx, bm, bw);
+  if (Form::kW) std::memcpy(bw, w, std::size_t(r) * sizeof(Kels16s));
+  return terms8<Form>(bx, bm, bw);
 }
 
-// Reduces four rows of 8 lanes by the scalar tree, (q0 + q2) + (q1 + q3) with q_l = p_l + p_l+4.
+// Four rows of 8 lanes by the tree (q0 + q2) + (q1 + q3), q_l = p_l + p_(l+4).
 inline __m128 reduce8x4(const __m256* acc) {
   __m128 q[kRows];
   for (int r = 0; r < kRows; ++r)
@@ -78,9 +45,11 @@ inline __m128 reduce8x4(const __m256* acc) {
   return _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab));
 }
 
+template <class T>
+inline const T* at(const T* p, int i) { return p ? p + i : nullptr; }
+
 template <class Form, class T>
 void dist32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, float* s) {
-  const Form f{};
   const int body = n & ~7;
   int j = 0;
   for (; j + kRows <= count; j += kRows) {
@@ -89,44 +58,37 @@ void dist32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, float* s) {
     for (int r = 0; r < kRows; ++r) {
       xr[r] = x[j + r];
       mr[r] = m[j + r];
-      wr[r] = weighted(f) ? w[j + r] : nullptr;
+      wr[r] = Form::kW ? w[j + r] : nullptr;
       acc[r] = _mm256_setzero_ps();
     }
     for (int i = 0; i < body; i += 8)
       for (int r = 0; r < kRows; ++r)
-        acc[r] = _mm256_add_ps(acc[r], terms8(f, xr[r] + i, mr[r] + i, weighted(f) ? wr[r] + i : nullptr));
+        acc[r] = _mm256_add_ps(acc[r], terms8<Form>(xr[r] + i, mr[r] + i, at(wr[r], i)));
     if (body < n)
       for (int r = 0; r < kRows; ++r)
-        acc[r] = _mm256_add_ps(acc[r], tail8(f, xr[r] + body, mr[r] + body,
-                                             weighted(f) ? wr[r] + body : nullptr, n - body));
+        acc[r] = _mm256_add_ps(acc[r], tail8<Form>(xr[r] + body, mr[r] + body, at(wr[r], body), n - body));
     _mm_storeu_ps(s + j, reduce8x4(acc));
   }
   for (; j < count; ++j) {
     const T* xr = x[j];
     const T* mr = m[j];
-    const T* wr = weighted(f) ? w[j] : nullptr;
+    const T* wr = Form::kW ? w[j] : nullptr;
     __m256 acc = _mm256_setzero_ps();
-    for (int i = 0; i < body; i += 8)
-      acc = _mm256_add_ps(acc, terms8(f, xr + i, mr + i, weighted(f) ? wr + i : nullptr));
-    if (body < n)
-      acc = _mm256_add_ps(acc, tail8(f, xr + body, mr + body, weighted(f) ? wr + body : nullptr, n - body));
-    alignas(32) float p[kLanes32];
-    _mm256_store_ps(p, acc);
-    s[j] = reduce8(p);
+    for (int i = 0; i < body; i += 8) acc = _mm256_add_ps(acc, terms8<Form>(xr + i, mr + i, at(wr, i)));
+    if (body < n) acc = _mm256_add_ps(acc, tail8<Form>(xr + body, mr + body, at(wr, body), n - body));
+    s[j] = reduce8(acc);
   }
 }
 
 template <class Form>
-inline __m256d terms4(Form f, const Kels64f* x, const Kels64f* m, const Kels64f* w) {
-  return term(f, _mm256_loadu_pd(x), _mm256_loadu_pd(m), weighted(f) ? _mm256_loadu_pd(w) : _mm256_setzero_pd());
+inline __m256d terms4(const Kels64f* x, const Kels64f* m, const Kels64f* w) {
+  return Form::term(_mm256_loadu_pd(x), _mm256_loadu_pd(m), Form::kW ? _mm256_loadu_pd(w) : _mm256_setzero_pd());
 }
 template <class Form>
-inline __m256d tail4(Form f, const Kels64f* x, const Kels64f* m, const Kels64f* w, int r) {
-  const __m256i mask = _mm256_cmpgt_epi64(_mm256_set1_epi64x(r), _mm256_setr_epi64x(0, 1, 2, 3));
-  const __m256d wv = weighted(f) ? _mm256_maskload_pd(w, mask) : _mm256_setzero_pd();
-  return term(f, _mm256_maskload_pd(x, mask), _mm256_maskload_pd(m, mask), wv);
+inline __m256d tail4(const Kels64f* x, const Kels64f* m, const Kels64f* w, int r) {
+  return Form::term(maskLoad4(x, r), maskLoad4(m, r), Form::kW ? maskLoad4(w, r) : _mm256_setzero_pd());
 }
-// (p0 + p2) + (p1 + p3) for two rows.
+// Two rows of 4 lanes by the tree (p0 + p2) + (p1 + p3).
 inline __m128d reduce4x2(__m256d a, __m256d b) {
   const __m128d qa = _mm_add_pd(_mm256_castpd256_pd128(a), _mm256_extractf128_pd(a, 1));
   const __m128d qb = _mm_add_pd(_mm256_castpd256_pd128(b), _mm256_extractf128_pd(b, 1));
@@ -135,7 +97,6 @@ inline __m128d reduce4x2(__m256d a, __m256d b) {
 
 template <class Form>
 void dist64(RowSrc<Kels64f> x, RowSrc<Kels64f> m, RowSrc<Kels64f> w, int n, int count, double* s) {
-  const Form f{};
   const int body = n & ~3;
   int j = 0;
   for (; j + kRows <= count; j += kRows) {
@@ -144,39 +105,35 @@ void dist64(RowSrc<Kels64f> x, RowSrc<Kels64f> m, RowSrc<Kels64f> w, int n, int 
     for (int r = 0; r < kRows; ++r) {
       xr[r] = x[j + r];
       mr[r] = m[j + r];
-      wr[r] = weighted(f) ? w[j + r] : nullptr;
+      wr[r] = Form::kW ? w[j + r] : nullptr;
       acc[r] = _mm256_setzero_pd();
     }
     for (int i = 0; i < body; i += 4)
       for (int r = 0; r < kRows; ++r)
-        acc[r] = _mm256_add_pd(acc[r], terms4(f, xr[r] + i, mr[r] + i, weighted(f) ? wr[r] + i : nullptr));
+        acc[r] = _mm256_add_pd(acc[r], terms4<Form>(xr[r] + i, mr[r] + i, at(wr[r], i)));
     if (body < n)
       for (int r = 0; r < kRows; ++r)
-        acc[r] = _mm256_add_pd(acc[r], tail4(f, xr[r] + body, mr[r] + body,
-                                             weighted(f) ? wr[r] + body : nullptr, n - body));
+        acc[r] = _mm256_add_pd(acc[r], tail4<Form>(xr[r] + body, mr[r] + body, at(wr[r], body), n - body));
     _mm_storeu_pd(s + j, reduce4x2(acc[0], acc[1]));
     _mm_storeu_pd(s + j + 2, reduce4x2(acc[2], acc[3]));
   }
   for (; j < count; ++j) {
     const Kels64f* xr = x[j];
     const Kels64f* mr = m[j];
-    const Kels64f* wr = weighted(f) ? w[j] : nullptr;
+    const Kels64f* wr = Form::kW ? w[j] : nullptr;
     __m256d acc = _mm256_setzero_pd();
-    for (int i = 0; i < body; i += 4)
-      acc = _mm256_add_pd(acc, terms4(f, xr + i, mr + i, weighted(f) ? wr + i : nullptr));
-    if (body < n)
-      acc = _mm256_add_pd(acc, tail4(f, xr + body, mr + body, weighted(f) ? wr + body : nullptr, n - body));
-    alignas(32) double p[kLanes64];
-    _mm256_store_pd(p, acc);
-    s[j] = reduce4(p);
+    for (int i = 0; i < body; i += 4) acc = _mm256_add_pd(acc, terms4<Form>(xr + i, mr + i, at(wr, i)));
+    if (body < n) acc = _mm256_add_pd(acc, tail4<Form>(xr + body, mr + body, at(wr, body), n - body));
+    s[j] = reduce4(acc);
   }
 }
 
 }  // namespace
 
-extern const MixDistKernels kMixDistAvx2 = {
-    dist32<Weighted, Kels32f>, dist32<Identity, Kels32f>, dist64<Weighted>, dist64<Identity>,
-    dist32<Weighted, Kels16s>, dist32<Identity, Kels16s>,
-};
+const MixDistKernels& mixDistKernelsAvx2() {
+  static constexpr MixDistKernels k{dist32<Wsd, Kels32f>, dist32<Sd, Kels32f>, dist64<Wsd>,
+                                    dist64<Sd>,           dist32<Wsd, Kels16s>, dist32<Sd, Kels16s>};
+  return k;
+}
 
 }  // namespace kels::model
