@@ -20,8 +20,8 @@ constexpr float kLogFloor = FLT_EPSILON;  // energies are floored here before th
 
 [[maybe_unused]] double melScale(double hz) { return 1127.0 * std::log(1.0 + hz / 700.0); }
 
-std::vector<double> makeWindow(const std::string& name, int n) {
-  std::vector<double> w(std::size_t(n), 1.0);
+std::vector<float> makeWindow(const std::string& name, int n) {
+  std::vector<float> w(std::size_t(n), 1.0f);
   const double a = n > 1 ? 2.0 * kPi / (n - 1) : 0.0;
   for (int i = 0; i < n; ++i) {
     double v;
@@ -31,7 +31,7 @@ std::vector<double> makeWindow(const std::string& name, int n) {
     else if (name == "blackman") v = 0.42 - 0.5 * std::cos(a * i) + 0.08 * std::cos(2.0 * a * i);
     else if (name == "rectangular") v = 1.0;
     else throw Error("unknown window '" + name + "' (povey, hamming, hanning, blackman, rectangular)");
-    w[std::size_t(i)] = v;
+    w[std::size_t(i)] = float(v);
   }
   return w;
 }
@@ -82,7 +82,7 @@ Frontend::Frontend(const FeatureOptions& opts, int sampleRate) : o_(opts), rate_
 
   window_ = makeWindow(o_.window, frameLen_);
   frame_.assign(std::size_t(fftLen_), 0.0f);
-  conditioned_.assign(std::size_t(frameLen_), 0.0);
+  conditioned_.assign(std::size_t(frameLen_), 0.0f);
   power_.assign(std::size_t(fftLen_ / 2 + 1), 0.0f);
   mel_.assign(std::size_t(o_.numBins), 0.0f);
   ceps_.assign(std::size_t(o_.numCeps), 0.0f);
@@ -168,26 +168,33 @@ Matrix Frontend::compute(const float* samples, std::size_t count) {
 }
 
 void Frontend::processFrame(const float* x, float* out) {
-  // Conditioning in double: the lowest mel bands of a pre-emphasised frame hold little power,
-  // and float rounding in the mean and the recursion would show there after the log.
+  // Eight partial sums keep the additions independent, so the loops vectorise.
+  constexpr int kLanes = 8;
   const int n = frameLen_;
-  double* d = conditioned_.data();
-  double mean = 0.0;
-  if (o_.removeDc) {
-    for (int i = 0; i < n; ++i) mean += x[i];
-    mean /= n;
+  float s[kLanes] = {}, e[kLanes] = {};
+  int i = 0;
+  for (; i + kLanes <= n; i += kLanes)
+    for (int l = 0; l < kLanes; ++l) s[l] += x[i + l];
+  for (; i < n; ++i) s[0] += x[i];
+  const float mean =
+      o_.removeDc ? (((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]))) / float(n) : 0.0f;
+  float* d = conditioned_.data();
+  for (i = 0; i + kLanes <= n; i += kLanes)
+    for (int l = 0; l < kLanes; ++l) {
+      d[i + l] = x[i + l] - mean;
+      e[l] += d[i + l] * d[i + l];
+    }
+  for (; i < n; ++i) {
+    d[i] = x[i] - mean;
+    e[0] += d[i] * d[i];
   }
-  double energy = 0.0;
-  for (int i = 0; i < n; ++i) {
-    d[i] = double(x[i]) - mean;
-    energy += d[i] * d[i];
-  }
-  const float logEnergy = std::log(std::max(float(energy), kLogFloor));
+  const float energy = ((e[0] + e[4]) + (e[2] + e[6])) + ((e[1] + e[5]) + (e[3] + e[7]));
+  const float logEnergy = std::log(std::max(energy, kLogFloor));
   float* f = frame_.data();
-  for (int i = n - 1; i >= 0; --i) {
-    const double prev = i > 0 ? d[i - 1] : d[0];
-    f[i] = float((d[i] - o_.preemph * prev) * window_[std::size_t(i)]);
-  }
+  const float p = float(o_.preemph);
+  const float* w = window_.data();
+  f[0] = (d[0] - p * d[0]) * w[0];
+  for (i = 1; i < n; ++i) f[i] = (d[i] - p * d[i - 1]) * w[i];
   for (int i = n; i < fftLen_; ++i) f[i] = 0.0f;
 
 #if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT

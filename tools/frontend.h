@@ -58,8 +58,7 @@ class Frontend {
 
   FeatureOptions o_;
   int rate_, frameLen_, frameShift_, fftLen_, order_;
-  std::vector<double> window_, conditioned_;
-  std::vector<float> frame_, power_, mel_, ceps_;
+  std::vector<float> window_, conditioned_, frame_, power_, mel_, ceps_;
   std::vector<unsigned char> fftMem_;
   KelsFFTSpec_R_32f* fft_ = nullptr;
   KelsMelFBank_32f* bank_ = nullptr;
