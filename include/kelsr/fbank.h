@@ -8,7 +8,8 @@
 extern "C" {
 #endif
 
-/* Warping: mel(x) = A ln(1 + x / B) and its inverse B (exp(x / A) - 1), natural logarithm.
+/* Warping: mel(x) = A ln(1 + x / B) and its inverse B (exp(x / A) - 1), natural logarithm,
+ * evaluated in double and rounded once (so small x keeps its digits).
  * A or B not above 0 (a NaN included) -> kelErrSize. */
 KELS_API KelsStatus KELS_CALL kelsLinearToMel_32f(const Kels32f* src, Kels32f* dst, int len,
                                                   Kels32f melMul, Kels32f melDiv);
