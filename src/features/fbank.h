@@ -48,6 +48,13 @@ constexpr int kMaxLength = 1 << 30;  // N must fit the record's 32-bit field
 inline double melOf(double f, double melMul, double melDiv) { return melMul * std::log1p(f * (1.0 / melDiv)); }
 inline double hzOf(double m, double melMul, double melDiv) { return std::expm1(m * (1.0 / melMul)) * melDiv; }
 
+// Bin position of point i of nFilter + 2 evenly spaced in mel between low and high.
+inline double melPosition(int i, double sampleRate, double low, double high, int nFilter,
+                          double melMul, double melDiv, int n) {
+  const double melLow = melOf(low, melMul, melDiv), delta = melOf(high, melMul, melDiv) - melLow;
+  const double mel = (1.0 / (nFilter + 1)) * (i * delta) + melLow;
+  return hzOf(mel, melMul, melDiv) * (1.0 / sampleRate) * n;
+}
 // Exact bin positions of nFilter + 2 points evenly spaced in mel between low and high
 // (shared by the float builders and the fixed-point bank).
 void melPositions(double sampleRate, double low, double high, int nFilter, double melMul,
