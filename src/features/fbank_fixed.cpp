@@ -110,8 +110,8 @@ void build(KelsMelFBank_32s* obj, Length len, int rate, int low, int high, int n
 }
 
 KelsStatus eval(const Kels32s* src, Kels32s* dst, const KelsMelFBank_32s* obj, int scaleFactor) {
-  if (KelsStatus st = ArgCheck{}.ptrs(src, dst, obj).arg(aligned(obj) && obj->kind == kFixedKind,
-                                                           kelErrFBankNotSet);
+  if (KelsStatus st = ArgCheck{}.ptrs(src, dst, obj).data(
+          [&] { return aligned(obj) && obj->kind == kFixedKind; }, kelErrFBankNotSet);
       st != kelOk)
     return st;
   const std::int32_t* c = at<std::int32_t>(obj, obj->centersAt);
