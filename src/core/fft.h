@@ -65,6 +65,7 @@ View view(const KelsFFTSpec_R_32f* p);
 struct Kernels {
   void (*forward)(const View&, const float*, float*, float*);
   void (*inverse)(const View&, const float*, float*, float*);
+  void (*magnitudes)(const float*, float*, int);
 };
 const Kernels& kernelsScalar();
 const Kernels& kernelsAvx2();

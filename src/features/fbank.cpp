@@ -77,9 +77,10 @@ float weightedSum(const float* w, const Run& r, const In* x) {
 }
 
 // Output j-1 = the rising weights times bins c[j-1]..c[j] plus the falling weights times bins
-// c[j]+1..c[j+1], summed in bin order.
+// c[j]+1..c[j+1], summed in bin order from 0. This form serves any centres the accessors let
+// through; spanSums below is the same arithmetic for ordered centres.
 template <class In>
-void weightedSums(const Bank& b, const In* x, float* out) {
+void filterSums(const Bank& b, const In* x, float* out) {
   for (int j = 1; j <= b.nFilter; ++j) {
     const float rise = weightedSum(b.lower[j - 1], inSpectrum(riseRun(b, j), b.n), x);
     const Run fall = inSpectrum(fallRun(b, j), b.n);
@@ -87,6 +88,50 @@ void weightedSums(const Bank& b, const In* x, float* out) {
     for (long long i = fall.first; i <= fall.last; ++i) acc += b.upper[j - 1][i] * float(x[fall.bin0 + i]);
     out[j - 1] = acc;
   }
+}
+
+// Centres in order within the spectrum, as every builder makes them.
+bool ordered(const Bank& b) {
+  const Kels32s* c = b.centers;
+  if (c[0] < 0 || c[b.nFilter + 1] > b.n / 2) return false;
+  for (int i = 0; i <= b.nFilter; ++i)
+    if (c[i] > c[i + 1]) return false;
+  return true;
+}
+
+// Each span c[s] .. c[s+1] is walked once: it ends filter s (falling over c[s]+1 .. c[s+1]) and
+// starts filter s+1 (rising over c[s] .. c[s+1]); the two sums run side by side. Every filter
+// still adds its bins in ascending order from 0, so the results are filterSums' to the bit.
+template <class In>
+void spanSums(const Bank& b, const In* x, float* out) {
+  const Kels32s* c = b.centers;
+  const int nFilter = b.nFilter;
+  float next = 0.0f;
+  for (int k = c[0]; k <= c[1]; ++k) next += b.lower[0][k - c[0]] * float(x[k]);
+  for (int s = 1; s <= nFilter; ++s) {
+    const int lo = c[s], hi = c[s + 1];
+    const float* fallW = b.upper[s - 1] - (lo + 1);  // indexed by bin
+    float cur = next;
+    if (s < nFilter) {
+      const float* riseW = b.lower[s] - lo;
+      next = 0.0f;
+      next += riseW[lo] * float(x[lo]);
+      for (int k = lo + 1; k <= hi; ++k) {
+        const float v = float(x[k]);
+        cur += fallW[k] * v;
+        next += riseW[k] * v;
+      }
+    } else {
+      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k] * float(x[k]);
+    }
+    out[s - 1] = cur;
+  }
+}
+
+template <class In>
+void weightedSums(const Bank& b, const In* x, float* out) {
+  if (ordered(b)) spanSums(b, x, out);
+  else filterSums(b, x, out);
 }
 
 // ---- building --------------------------------------------------------------------------------
