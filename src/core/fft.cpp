@@ -118,7 +118,7 @@ const Kernels& kernelsScalar() {
 
 const Kernels& kernels() {
 #if defined(KELSR_X86)
-  static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsScalar(),
+  static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsSse2(),
                                                      &kernelsAvx2(), &kernelsAvx2()};
 #else
   static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsScalar(),

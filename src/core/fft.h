@@ -68,6 +68,7 @@ struct Kernels {
   void (*magnitudes)(const float*, float*, int);
 };
 const Kernels& kernelsScalar();
+const Kernels& kernelsSse2();
 const Kernels& kernelsAvx2();
 // The kernels of the active target (the same bits on every target).
 const Kernels& kernels();
