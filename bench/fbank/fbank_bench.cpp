@@ -89,14 +89,14 @@ void BM_FBankFrameFftw(benchmark::State& st) {
   }
   kelsFBankFree_32f(bank);
   float* x = fftwf_alloc_real(kFrame);
-  fftwf_complex* spec = fftwf_alloc_complex(kFrame / 2 + 1);
-  fftwf_plan plan = fftwf_plan_dft_r2c_1d(kFrame, x, spec, FFTW_MEASURE);
+  fftwf_complex* bins = fftwf_alloc_complex(kFrame / 2 + 1);
+  fftwf_plan plan = fftwf_plan_dft_r2c_1d(kFrame, x, bins, FFTW_MEASURE);
   const std::vector<float> v = noise(kFrame, 2);
   std::vector<float> mag(kFrame / 2 + 1), y(kFilters);
   for (auto _ : st) {
     std::copy(v.begin(), v.begin() + kFrame, x);
     fftwf_execute(plan);
-    for (int k = 0; k <= kFrame / 2; ++k) mag[std::size_t(k)] = std::sqrt(spec[k][0] * spec[k][0] + spec[k][1] * spec[k][1]);
+    for (int k = 0; k <= kFrame / 2; ++k) mag[std::size_t(k)] = std::sqrt(bins[k][0] * bins[k][0] + bins[k][1] * bins[k][1]);
     for (int j = 1; j <= kFilters; ++j) {
       float acc = 0;
       for (int k = c[std::size_t(j - 1)]; k <= c[std::size_t(j + 1)]; ++k)
@@ -108,7 +108,7 @@ void BM_FBankFrameFftw(benchmark::State& st) {
   }
   fftwf_destroy_plan(plan);
   fftwf_free(x);
-  fftwf_free(spec);
+  fftwf_free(bins);
 }
 
 BENCHMARK(BM_FBankFrameKels);
