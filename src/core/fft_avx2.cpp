@@ -151,10 +151,23 @@ void inverseAvx2(const View& v, const float* src, float* dst, float* work) {
   mergeSwapped(zr, zi, dst, v.m);
 }
 
+// Bins 1 .. n/2 - 1; the caller takes bins 0 and n/2 first.
+void magnitudesAvx2(const float* pack, float* mag, int n) {
+  int k = 1;
+  for (; k + kW <= n / 2; k += kW) {
+    const __m256 a = _mm256_loadu_ps(pack + 2 * k), b = _mm256_loadu_ps(pack + 2 * k + kW);
+    const __m256 re = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m256 im = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+    const __m256 m = _mm256_sqrt_ps(_mm256_add_ps(_mm256_mul_ps(re, re), _mm256_mul_ps(im, im)));
+    _mm256_storeu_ps(mag + k, _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(m), 0xD8)));
+  }
+  magnitudesScalar(pack, mag, k, n);
+}
+
 }  // namespace
 
 const Kernels& kernelsAvx2() {
-  static constexpr Kernels k{forwardAvx2, inverseAvx2};
+  static constexpr Kernels k{forwardAvx2, inverseAvx2, magnitudesAvx2};
   return k;
 }
 
