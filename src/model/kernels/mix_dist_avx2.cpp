@@ -1,0 +1,139 @@
+// AVX2 multi-row distances: four rows per pass, each row's 8 float (or 4 double) partial sums in
+// one 256-bit register, the last partial block read under a mask, and four rows reduced together
+// by the tree of dist.h, so each row gets the bits of the single-row kernel.
+#include <cstring>
+
+#include "model/kernels/dist_ymm.h"
+#include "model/mix_kernels.h"
+
+namespace kels::model {
+namespace {
+
+constexpr int kRows = 4;  // rows per pass
+
+// The 8 terms of one block of a float row; r < 8 reads the last r elements and zeros beyond.
+template <class Form>
+inline __m256 terms8(const Kels32f* x, const Kels32f* m, const Kels32f* w) {
+  return Form::term(_mm256_loadu_ps(x), _mm256_loadu_ps(m), Form::kW ? _mm256_loadu_ps(w) : _mm256_setzero_ps());
+}
+template <class Form>
+inline __m256 tail8(const Kels32f* x, const Kels32f* m, const Kels32f* w, int r) {
+  return Form::term(maskLoad8(x, r), maskLoad8(m, r), Form::kW ? maskLoad8(w, r) : _mm256_setzero_ps());
+}
+template <class Form>
+inline __m256 terms8(const Kels16s* x, const Kels16s* m, const Kels16s* w) {
+  const __m256 d = diff16s(x, m);
+  const __m256 sq = _mm256_mul_ps(d, d);
+  return Form::kW ? _mm256_mul_ps(sq, load16s(w)) : sq;
+}
+template <class Form>
+inline __m256 tail8(const Kels16s* x, const Kels16s* m, const Kels16s* w, int r) {
+  Kels16s bx[8] = {}, bm[8] = {}, bw[8] = {};
+  std::memcpy(bx, x, std::size_t(r) * sizeof(Kels16s));
+  std::memcpy(bm, m, std::size_t(r) * sizeof(Kels16s));
+  if (Form::kW) std::memcpy(bw, w, std::size_t(r) * sizeof(Kels16s));
+  return terms8<Form>(bx, bm, bw);
+}
+
+// Four rows of 8 lanes by the tree (q0 + q2) + (q1 + q3), q_l = p_l + p_(l+4).
+inline __m128 reduce8x4(const __m256* acc) {
+  __m128 q[kRows];
+  for (int r = 0; r < kRows; ++r)
+    q[r] = _mm_add_ps(_mm256_castps256_ps128(acc[r]), _mm256_extractf128_ps(acc[r], 1));
+  const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(q[0], q[1]), _mm_unpackhi_ps(q[0], q[1]));
+  const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(q[2], q[3]), _mm_unpackhi_ps(q[2], q[3]));
+  return _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab));
+}
+
+template <class T>
+inline const T* at(const T* p, int i) { return p ? p + i : nullptr; }
+
+template <class Form, class T>
+void dist32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, float* s) {
+  const int body = n & ~7;
+  int j = 0;
+  for (; j + kRows <= count; j += kRows) {
+    const T *xr[kRows], *mr[kRows], *wr[kRows];
+    __m256 acc[kRows];
+    for (int r = 0; r < kRows; ++r) {
+      xr[r] = x[j + r];
+      mr[r] = m[j + r];
+      wr[r] = Form::kW ? w[j + r] : nullptr;
+      acc[r] = _mm256_setzero_ps();
+    }
+    for (int i = 0; i < body; i += 8)
+      for (int r = 0; r < kRows; ++r)
+        acc[r] = _mm256_add_ps(acc[r], terms8<Form>(xr[r] + i, mr[r] + i, at(wr[r], i)));
+    if (body < n)
+      for (int r = 0; r < kRows; ++r)
+        acc[r] = _mm256_add_ps(acc[r], tail8<Form>(xr[r] + body, mr[r] + body, at(wr[r], body), n - body));
+    _mm_storeu_ps(s + j, reduce8x4(acc));
+  }
+  for (; j < count; ++j) {
+    const T* xr = x[j];
+    const T* mr = m[j];
+    const T* wr = Form::kW ? w[j] : nullptr;
+    __m256 acc = _mm256_setzero_ps();
+    for (int i = 0; i < body; i += 8) acc = _mm256_add_ps(acc, terms8<Form>(xr + i, mr + i, at(wr, i)));
+    if (body < n) acc = _mm256_add_ps(acc, tail8<Form>(xr + body, mr + body, at(wr, body), n - body));
+    s[j] = reduce8(acc);
+  }
+}
+
+template <class Form>
+inline __m256d terms4(const Kels64f* x, const Kels64f* m, const Kels64f* w) {
+  return Form::term(_mm256_loadu_pd(x), _mm256_loadu_pd(m), Form::kW ? _mm256_loadu_pd(w) : _mm256_setzero_pd());
+}
+template <class Form>
+inline __m256d tail4(const Kels64f* x, const Kels64f* m, const Kels64f* w, int r) {
+  return Form::term(maskLoad4(x, r), maskLoad4(m, r), Form::kW ? maskLoad4(w, r) : _mm256_setzero_pd());
+}
+// Two rows of 4 lanes by the tree (p0 + p2) + (p1 + p3).
+inline __m128d reduce4x2(__m256d a, __m256d b) {
+  const __m128d qa = _mm_add_pd(_mm256_castpd256_pd128(a), _mm256_extractf128_pd(a, 1));
+  const __m128d qb = _mm_add_pd(_mm256_castpd256_pd128(b), _mm256_extractf128_pd(b, 1));
+  return _mm_add_pd(_mm_unpacklo_pd(qa, qb), _mm_unpackhi_pd(qa, qb));
+}
+
+template <class Form>
+void dist64(RowSrc<Kels64f> x, RowSrc<Kels64f> m, RowSrc<Kels64f> w, int n, int count, double* s) {
+  const int body = n & ~3;
+  int j = 0;
+  for (; j + kRows <= count; j += kRows) {
+    const Kels64f *xr[kRows], *mr[kRows], *wr[kRows];
+    __m256d acc[kRows];
+    for (int r = 0; r < kRows; ++r) {
+      xr[r] = x[j + r];
+      mr[r] = m[j + r];
+      wr[r] = Form::kW ? w[j + r] : nullptr;
+      acc[r] = _mm256_setzero_pd();
+    }
+    for (int i = 0; i < body; i += 4)
+      for (int r = 0; r < kRows; ++r)
+        acc[r] = _mm256_add_pd(acc[r], terms4<Form>(xr[r] + i, mr[r] + i, at(wr[r], i)));
+    if (body < n)
+      for (int r = 0; r < kRows; ++r)
+        acc[r] = _mm256_add_pd(acc[r], tail4<Form>(xr[r] + body, mr[r] + body, at(wr[r], body), n - body));
+    _mm_storeu_pd(s + j, reduce4x2(acc[0], acc[1]));
+    _mm_storeu_pd(s + j + 2, reduce4x2(acc[2], acc[3]));
+  }
+  for (; j < count; ++j) {
+    const Kels64f* xr = x[j];
+    const Kels64f* mr = m[j];
+    const Kels64f* wr = Form::kW ? w[j] : nullptr;
+    __m256d acc = _mm256_setzero_pd();
+    for (int i = 0; i < body; i += 4) acc = _mm256_add_pd(acc, terms4<Form>(xr + i, mr + i, at(wr, i)));
+    if (body < n) acc = _mm256_add_pd(acc, tail4<Form>(xr + body, mr + body, at(wr, body), n - body));
+    s[j] = reduce4(acc);
+  }
+}
+
+}  // namespace
+
+const MixDistKernels& mixDistKernelsAvx2() {
+  static constexpr MixDistKernels k{dist32<Wsd, Kels32f>, dist32<Sd, Kels32f>, dist64<Wsd>,
+                                    dist64<Sd>,           dist32<Wsd, Kels16s>, dist32<Sd, Kels16s>};
+  return k;
+}
+
+}  // namespace kels::model
