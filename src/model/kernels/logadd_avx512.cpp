@@ -57,18 +57,26 @@ inline __m256 corr64Half(const Tables64& tb, __m256 hi, __m256 d, __m256i idx) {
   return _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(hi), p));
 }
 
+// Accurate path: 8 lanes per pass, the float side in 256-bit registers so the double side needs
+// no lane extraction.
+inline __m256 logAdd8(const Tables64& tb, __m256 a, __m256 b) {
+  const __mmask8 gt = _mm256_cmp_ps_mask(a, b, _CMP_GT_OQ);
+  const __m256 hi = _mm256_mask_blend_ps(gt, b, a), lo = _mm256_mask_blend_ps(gt, a, b);
+  const __m256 d = _mm256_sub_ps(lo, hi);
+  const __m256i one = _mm256_set1_epi32(1);
+  __m256i idx = _mm256_maskz_mov_epi32(_mm256_cmp_ps_mask(d, _mm256_set1_ps(kSplitLow), _CMP_GE_OQ), one);
+  idx = _mm256_mask_add_epi32(idx, _mm256_cmp_ps_mask(d, _mm256_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
+  __m256 r = corr64Half(tb, hi, d, idx);
+  const __mmask8 drop = _mm256_cmp_ps_mask(d, _mm256_set1_ps(kDrop32f), _CMP_LT_OQ);
+  r = _mm256_mask_mov_ps(r, drop, _mm256_max_ps(hi, _mm256_set1_ps(kLogZero32f)));
+  return _mm256_mask_mov_ps(r, _mm256_cmp_ps_mask(d, d, _CMP_UNORD_Q), _mm256_add_ps(a, b));
+}
+
 void addRow(const float* a, float* b, int n) {
   const Tables64 tb;
-  auto corr = [&](__m512 hi, __m512 d, __m512i idx) {
-    const __m256 lo = corr64Half(tb, _mm512_castps512_ps256(hi), _mm512_castps512_ps256(d), _mm512_castsi512_si256(idx));
-    const __m256 up = corr64Half(tb, _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(hi), 1)),
-                                 _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(d), 1)),
-                                 _mm512_extracti64x4_epi64(idx, 1));
-    return _mm512_insertf32x8(_mm512_castps256_ps512(lo), up, 1);
-  };
-  for (int i = 0; i < n; i += 16) {
-    const __mmask16 m = tailMask(n - i);
-    _mm512_mask_storeu_ps(b + i, m, logAdd16(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i), corr));
+  for (int i = 0; i < n; i += 8) {
+    const __mmask8 m = __mmask8(tailMask(n - i));
+    _mm256_mask_storeu_ps(b + i, m, logAdd8(tb, _mm256_maskz_loadu_ps(m, a + i), _mm256_maskz_loadu_ps(m, b + i)));
   }
 }
 
