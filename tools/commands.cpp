@@ -346,11 +346,10 @@ int runFeatures(const std::string& cmd, const std::vector<std::string>& args) {
   const double wall = clock.wall(), cpu = clock.cpu();
   if (!quiet) {
     std::fprintf(stderr,
-                 "kels %s: %zu files%s, %ld frames, %s s of audio in %s s wall (%s s CPU, %d "
+                 "kels %s: %zu files%s, %ld frames, %.2f s of audio in %s s wall (%s s CPU, %d "
                  "threads), real-time factor %.4f\n",
                  cmd.c_str(), inputs.size() - std::size_t(failed),
-                 failed ? (" (" + std::to_string(failed) + " failed)").c_str() : "", frames,
-                 fmtSeconds(audio).c_str(), fmtSeconds(wall).c_str(), fmtSeconds(cpu).c_str(),
+                 failed ? (" (" + std::to_string(failed) + " failed)").c_str() : "", frames, audio, fmtSeconds(wall).c_str(), fmtSeconds(cpu).c_str(),
                  std::min<int>(threads, int(inputs.size())), audio > 0 ? wall / audio : 0.0);
   }
   return failed ? 1 : 0;
