@@ -253,16 +253,23 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
     if (st < 0) check(st, "kelsUpdateWeight_64f");
     const double avg = a.logLik / double(frames);
     if (rep) rep->avgLogLik.push_back(avg);
-    if (log) {
-      char buf[96];
-      std::snprintf(buf, sizeof buf, "  %3d components: average log-likelihood %.4f per frame\n",
-                    w.comps, avg);
-      *log << buf << std::flush;
-    }
+    return avg;
   };
 
   for (;;) {
-    for (int it = 0; it < o.iterations; ++it) emPass();
+    // One line per growth step: the likelihood before the first and after the last pass.
+    double first = 0.0, last = 0.0;
+    for (int it = 0; it < o.iterations; ++it) {
+      last = emPass();
+      if (it == 0) first = last;
+    }
+    if (log) {
+      char buf[128];
+      std::snprintf(buf, sizeof buf,
+                    "  %4d components, %d EM passes: average log-likelihood %.4f -> %.4f\n",
+                    w.comps, o.iterations, first, last);
+      *log << buf << std::flush;
+    }
     if (w.comps >= o.components) break;
 #if KELS_HAVE_SPLIT
     // Split the heaviest components, at most doubling the mixture per step.
