@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <type_traits>
 
 #include "error.h"
 #include "frontend.h"
@@ -278,7 +279,7 @@ int runFeatures(const std::string& cmd, const std::vector<std::string>& args) {
       {"--use-power", "", "power spectrum; false: magnitude (true)", flag("--use-power", &o.usePower)},
       {"--use-energy", "", kind == FeatureKind::kMfcc ? "log energy in place of c0 (true)" : "log energy as a first column (false)",
        flag("--use-energy", &o.useEnergy)},
-      {"--deltas", "N", "append deltas (1) or deltas and delta-deltas (2) (0)", number("--deltas", &o.deltaOrder, 0, 2)},
+      {"--deltas", "N", "append deltas (1) or deltas and delta-deltas (2) by regression over +-W frames; within W frames of an end, the end frame stands in for every term on that side (0)", number("--deltas", &o.deltaOrder, 0, 2)},
       {"--delta-window", "N", "delta regression half-width in frames (2)", number("--delta-window", &o.deltaWindow, 1, 100)},
       {"--cmvn", "", "per-utterance mean and variance normalisation (false)", flag("--cmvn", &o.cmvn)},
   };
@@ -439,7 +440,7 @@ int runGmmScore(const std::vector<std::string>& args) {
   std::vector<Option> opts = {
       {"-o, --output", "FILE", "per-utterance table 'utt-id frames total average' (default: stdout)",
        [&](const std::string& v) { out = v; }},
-      {"--per-frame", "PATH", "also write per-frame log-likelihoods (one column per utterance)",
+      {"--per-frame", "PATH", "also write per-frame log-likelihoods, one column per utterance (archive file, or a directory for htk/npy)",
        [&](const std::string& v) { perFrame = v; }},
       {"--format", "FMT", "format of --per-frame: text, ark, htk or npy (default: from the extension)",
        [&](const std::string& v) { format = checkedFormat(v); }},

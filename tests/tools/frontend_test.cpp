@@ -22,6 +22,7 @@ struct GoldenCase {
   FeatureKind kind;
   bool useEnergy;
   const char* prefix;
+  bool usePower = true;
 };
 
 class Golden : public ::testing::TestWithParam<GoldenCase> {};
@@ -31,6 +32,7 @@ TEST_P(Golden, MatchesTorchaudio) {
   const GoldenCase& c = GetParam();
   FeatureOptions o = FeatureOptions::kaldi(c.kind);
   o.useEnergy = c.useEnergy;
+  o.usePower = c.usePower;
   for (const char* utt : {"utt1", "utt2", "utt3"}) {
     const Audio a = readWav(test::samplePath(utt));
     Frontend fe(o, a.sampleRate);
@@ -66,7 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
     Kaldi, Golden,
     ::testing::Values(GoldenCase{"mfcc", FeatureKind::kMfcc, true, "mfcc_"},
                       GoldenCase{"mfcc_c0", FeatureKind::kMfcc, false, "mfcc_c0_"},
-                      GoldenCase{"fbank", FeatureKind::kFbank, false, "fbank_"}),
+                      GoldenCase{"fbank", FeatureKind::kFbank, false, "fbank_"},
+                      GoldenCase{"fbank_magnitude_energy", FeatureKind::kFbank, true, "fbank_mag_", false}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Frontend, FrameCountFollowsKaldi) {

@@ -68,6 +68,9 @@ def main():
                                                  cepstral_lifter=22.0, use_energy=False, **KALDI)
         fbank = torchaudio.compliance.kaldi.fbank(wav, sample_frequency=rate, use_energy=False,
                                                   use_power=True, use_log_fbank=True, **KALDI)
+        magnitude = torchaudio.compliance.kaldi.fbank(wav, sample_frequency=rate, use_energy=True,
+                                                      use_power=False, use_log_fbank=True, **KALDI)
+        save("fbank_mag_" + utt, magnitude.numpy())
         save("mfcc_" + utt, mfcc.numpy())
         save("mfcc_c0_" + utt, plain.numpy())
         save("fbank_" + utt, fbank.numpy())
