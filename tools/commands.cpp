@@ -98,11 +98,22 @@ std::vector<std::string> parseArgs(const std::vector<std::string>& args, std::ve
       pos.push_back(a);
       continue;
     }
+    auto find = [&](const std::string& key) -> Option* {
+      for (auto& c : opts)
+        if (matches(c.names, key)) return &c;
+      return nullptr;
+    };
+    // Short options take their value attached as well: -j4.
+    if (a[1] != '-' && a.size() > 2) {
+      Option* o = find(a.substr(0, 2));
+      if (o && !o->meta.empty()) {
+        o->set(a.substr(2));
+        continue;
+      }
+    }
     const auto eq = a.find('=');
     const std::string key = a.substr(0, eq);
-    Option* o = nullptr;
-    for (auto& c : opts)
-      if (matches(c.names, key)) o = &c;
+    Option* o = find(key);
     if (!o) throw UsageError("unknown option " + key);
     if (o->meta.empty()) {
       o->set(eq == std::string::npos ? "true" : a.substr(eq + 1));

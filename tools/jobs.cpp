@@ -70,28 +70,30 @@ void runOrdered(std::size_t n, int threads, const std::function<void(std::size_t
   std::vector<std::thread> pool;
   for (int t = 0; t < threads; ++t) pool.emplace_back(worker, t);
 
+  // The bar appears once the run has lasted half a second and is redrawn ten times a second.
   const double start = nowWall();
-  bool drawn = false;
+  double lastDraw = -1.0;
+  auto maybeDraw = [&](std::size_t done) {
+    const double now = nowWall();
+    if (!progress || now - start < 0.5 || now - lastDraw < 0.1) return;
+    drawBar(done, n, now - start);
+    lastDraw = now;
+  };
   std::size_t delivered = 0;
   while (delivered < n) {
     {
       std::unique_lock<std::mutex> lock(mu);
-      cv.wait_for(lock, std::chrono::milliseconds(100), [&] { return ready[delivered] != 0; });
-      if (!ready[delivered]) {
+      if (!cv.wait_for(lock, std::chrono::milliseconds(100), [&] { return ready[delivered] != 0; })) {
         lock.unlock();
-        const double elapsed = nowWall() - start;
-        if (progress && elapsed > 0.5) {
-          drawBar(delivered, n, elapsed);
-          drawn = true;
-        }
+        maybeDraw(delivered);
         continue;
       }
     }
     deliver(delivered++);
-    if (progress && drawn) drawBar(delivered, n, nowWall() - start);
+    maybeDraw(delivered);
   }
   for (auto& t : pool) t.join();
-  if (drawn) std::fprintf(stderr, "\r\033[K");
+  if (lastDraw >= 0.0) std::fprintf(stderr, "\r\033[K");
 }
 
 }  // namespace kels::tool
