@@ -258,8 +258,10 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
 
   for (;;) {
     // One line per growth step: the likelihood before the first and after the last pass.
+    // A single Gaussian starts at its maximum-likelihood estimate: one pass is enough there.
+    const int passes = w.comps == 1 ? 1 : o.iterations;
     double first = 0.0, last = 0.0;
-    for (int it = 0; it < o.iterations; ++it) {
+    for (int it = 0; it < passes; ++it) {
       last = emPass();
       if (it == 0) first = last;
     }
@@ -267,7 +269,7 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
       char buf[128];
       std::snprintf(buf, sizeof buf,
                     "  %4d components, %d EM passes: average log-likelihood %.4f -> %.4f\n",
-                    w.comps, o.iterations, first, last);
+                    w.comps, passes, first, last);
       *log << buf << std::flush;
     }
     if (w.comps >= o.components) break;
