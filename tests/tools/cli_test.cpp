@@ -10,6 +10,7 @@
 #include "have.h"
 #include "matrix_io.h"
 #include "tools_support.h"
+#include "wav.h"
 
 namespace kels::tool {
 namespace {
@@ -114,6 +115,27 @@ TEST(Cli, EveryOutputFormatCarriesTheSameFeatures) {
   ASSERT_EQ(runKelsBinary("mfcc -q " + samples() + " -o '" + dir / "npy" + "' --format npy").status, 0);
   for (const char* u : {"utt1", "utt2", "utt3"})
     EXPECT_EQ(readFeatures(dir / ("npy/" + std::string(u) + ".npy"))[0].feats.cols, 13);
+}
+
+TEST(Cli, MixedRatesAndEncodingsInOneRun) {
+  if (!(KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT)) GTEST_SKIP() << "front end missing";
+  test::TempDir dir;
+  const Audio a = readWav(test::samplePath("utt1"));
+  std::vector<float> half, triple;
+  for (std::size_t i = 0; i < a.samples.size(); i += 2) half.push_back(a.samples[i]);
+  for (float v : a.samples) triple.insert(triple.end(), 3, v);
+  writeWav(dir / "r8.wav", half, 8000, true);       // float at 8 kHz
+  writeWav(dir / "r48.wav", triple, 48000, false);  // PCM at 48 kHz
+  const auto r = runKelsBinary("mfcc -q -j 2 '" + dir / "r8.wav" + "' '" + dir / "r48.wav" + "' '" +
+                               test::samplePath("utt2") + "' -o '" + dir / "f.ark" + "'");
+  ASSERT_EQ(r.status, 0) << r.output;
+  const auto u = readFeatures(dir / "f.ark");
+  ASSERT_EQ(u.size(), 3u);
+  // 25 ms / 10 ms frames at every rate: the same duration gives the same frame count.
+  EXPECT_EQ(u[0].feats.rows, int(1 + (half.size() - 200) / 80));
+  EXPECT_EQ(u[1].feats.rows, int(1 + (triple.size() - 1200) / 480));
+  EXPECT_EQ(u[0].feats.rows, u[1].feats.rows);
+  EXPECT_EQ(u[2].feats.rows, 422);
 }
 
 TEST(Cli, ListFilesNameUtterances) {
