@@ -7,6 +7,10 @@
 #include <cfloat>
 #include <cstdint>
 #include <cmath>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
 #include <string>
 
 #include "error.h"
@@ -35,6 +39,88 @@ std::vector<float> makeWindow(const std::string& name, int n) {
   }
   return w;
 }
+
+#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
+struct Tables {
+  std::vector<unsigned char> fftMem;
+  const KelsFFTSpec_R_32f* fft = nullptr;
+  KelsMelFBank_32f* bank = nullptr;
+  KelsDCTLifter_32f* dct = nullptr;
+};
+
+std::unique_ptr<Tables> buildTables(const FeatureOptions& o, int rate, int fftLen, int order,
+                                    double high) {
+  auto t = std::make_unique<Tables>();
+  int bytes = 0;
+  check(kelsFFTGetSize_R_32f(order, &bytes), "kelsFFTGetSize_R_32f");
+  t->fftMem.assign(std::size_t(bytes) + 64, 0);
+  // The object lives in our memory; give it 64-byte alignment for the kernels.
+  auto addr = reinterpret_cast<std::uintptr_t>(t->fftMem.data());
+  auto* fft = reinterpret_cast<KelsFFTSpec_R_32f*>((addr + 63) & ~std::uintptr_t(63));
+  check(kelsFFTInit_R_32f(order, fft), "kelsFFTInit_R_32f");
+  t->fft = fft;
+
+  // Kaldi's mel bank: triangles in the mel domain over bins 0 .. N/2 - 1 (the Nyquist bin gets
+  // no weight). Centre i is the last bin at or below the i-th mel edge, so each span between two
+  // centres feeds the falling side of one filter and the rising side of the next.
+  const int bins = fftLen / 2, nf = o.numBins;
+  const double melLow = melScale(o.lowFreq), melHigh = melScale(high);
+  const double delta = (melHigh - melLow) / (nf + 1);
+  std::vector<double> binMel(std::size_t(bins) + 1);
+  for (int k = 0; k <= bins; ++k) binMel[std::size_t(k)] = melScale(double(rate) / fftLen * k);
+  std::vector<int> centres(std::size_t(nf) + 2);
+  for (int i = 0; i <= nf + 1; ++i) {
+    const double edge = melLow + i * delta;
+    int c = 0;
+    while (c + 1 <= bins && binMel[std::size_t(c) + 1] <= edge) ++c;
+    centres[std::size_t(i)] = c;
+  }
+  int bankOrder = 0;
+  check(kelsEmptyFBankInitAlloc_32f(&t->bank, &bankOrder, fftLen, nf, 1), "kelsEmptyFBankInitAlloc_32f");
+  check(kelsFBankSetCenters_32f(t->bank, centres.data()), "kelsFBankSetCenters_32f");
+  std::vector<float> coeffs;
+  for (int j = 1; j <= nf; ++j) {
+    const double left = melLow + (j - 1) * delta, centre = left + delta, right = centre + delta;
+    coeffs.clear();
+    for (int k = centres[std::size_t(j) - 1]; k <= centres[std::size_t(j) + 1]; ++k) {
+      const double m = binMel[std::size_t(k)];
+      double w = 0.0;
+      if (k < bins && m > left && m < right)
+        w = m <= centre ? (m - left) / (centre - left) : (right - m) / (right - centre);
+      coeffs.push_back(float(w));
+    }
+    check(kelsFBankSetCoeffs_32f(t->bank, j, coeffs.data()), "kelsFBankSetCoeffs_32f");
+  }
+
+  if (o.kind == FeatureKind::kMfcc) {
+    // Orthonormal DCT-II: sqrt(2/M) on c1.., sqrt(1/M) on c0, times the sine lifter
+    // 1 + L/2 sin(pi n / L), which the library builds; L = 1 makes it 1 (no liftering).
+    const float m = float(o.numBins);
+    check(kelsDCTLifterInitAlloc_C0_32f(&t->dct, o.numBins, o.numCeps - 1,
+                                        o.lifter > 0 ? o.lifter : 1, std::sqrt(2.0f / m),
+                                        std::sqrt(1.0f / m)),
+          "kelsDCTLifterInitAlloc_C0_32f");
+  }
+  return t;
+}
+
+// The FFT plan, mel bank and lifter of one sample rate and option set, built once and kept for
+// the life of the process. Evaluation only reads them (a bank without its own FFT, a float
+// lifter), so every thread shares one set; and the library's Free releases an object's arrays
+// but never its record, so objects made per file would leak.
+const Tables& tablesFor(const FeatureOptions& o, int rate, int fftLen, int order, double high) {
+  static std::mutex mu;
+  static auto* cache = new std::map<std::string, std::unique_ptr<Tables>>;
+  std::ostringstream key;
+  key.precision(17);
+  key << int(o.kind) << ' ' << rate << ' ' << fftLen << ' ' << o.numBins << ' ' << o.lowFreq << ' '
+      << high << ' ' << o.numCeps << ' ' << o.lifter;
+  std::lock_guard<std::mutex> lock(mu);
+  auto& slot = (*cache)[key.str()];
+  if (!slot) slot = buildTables(o, rate, fftLen, order, high);
+  return *slot;
+}
+#endif
 
 }  // namespace
 
@@ -88,67 +174,14 @@ Frontend::Frontend(const FeatureOptions& opts, int sampleRate) : o_(opts), rate_
   ceps_.assign(std::size_t(o_.numCeps), 0.0f);
 
 #if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
-  int bytes = 0;
-  check(kelsFFTGetSize_R_32f(order_, &bytes), "kelsFFTGetSize_R_32f");
-  fftMem_.assign(std::size_t(bytes) + 64, 0);
-  // The object lives in our memory; give it 64-byte alignment for the kernels.
-  auto addr = reinterpret_cast<std::uintptr_t>(fftMem_.data());
-  fft_ = reinterpret_cast<KelsFFTSpec_R_32f*>((addr + 63) & ~std::uintptr_t(63));
-  check(kelsFFTInit_R_32f(order_, fft_), "kelsFFTInit_R_32f");
-
-  // Kaldi's mel bank: triangles in the mel domain over bins 0 .. N/2 - 1 (the Nyquist bin gets
-  // no weight). Centre i is the last bin at or below the i-th mel edge, so each span between two
-  // centres feeds the falling side of one filter and the rising side of the next.
-  const int bins = fftLen_ / 2, nf = o_.numBins;
-  const double melLow = melScale(o_.lowFreq), melHigh = melScale(high);
-  const double delta = (melHigh - melLow) / (nf + 1);
-  std::vector<double> binMel(std::size_t(bins) + 1);
-  for (int k = 0; k <= bins; ++k) binMel[std::size_t(k)] = melScale(double(rate_) / fftLen_ * k);
-  std::vector<int> centres(std::size_t(nf) + 2);
-  for (int i = 0; i <= nf + 1; ++i) {
-    const double edge = melLow + i * delta;
-    int c = 0;
-    while (c + 1 <= bins && binMel[std::size_t(c) + 1] <= edge) ++c;
-    centres[std::size_t(i)] = c;
-  }
-  int order = 0;
-  check(kelsEmptyFBankInitAlloc_32f(&bank_, &order, fftLen_, nf, 1), "kelsEmptyFBankInitAlloc_32f");
-  check(kelsFBankSetCenters_32f(bank_, centres.data()), "kelsFBankSetCenters_32f");
-  std::vector<float> coeffs;
-  for (int j = 1; j <= nf; ++j) {
-    const double left = melLow + (j - 1) * delta, centre = left + delta, right = centre + delta;
-    coeffs.clear();
-    for (int k = centres[std::size_t(j) - 1]; k <= centres[std::size_t(j) + 1]; ++k) {
-      const double m = binMel[std::size_t(k)];
-      double w = 0.0;
-      if (k < bins && m > left && m < right)
-        w = m <= centre ? (m - left) / (centre - left) : (right - m) / (right - centre);
-      coeffs.push_back(float(w));
-    }
-    check(kelsFBankSetCoeffs_32f(bank_, j, coeffs.data()), "kelsFBankSetCoeffs_32f");
-  }
-
-  if (o_.kind == FeatureKind::kMfcc) {
-    // Orthonormal DCT-II: sqrt(2/M) on c1.., sqrt(1/M) on c0, times the sine lifter
-    // 1 + L/2 sin(pi n / L), which the library builds; L = 1 makes it 1 (no liftering).
-    const float m = float(o_.numBins);
-    check(kelsDCTLifterInitAlloc_C0_32f(&dct_, o_.numBins, o_.numCeps - 1,
-                                        o_.lifter > 0 ? o_.lifter : 1, std::sqrt(2.0f / m),
-                                        std::sqrt(1.0f / m)),
-          "kelsDCTLifterInitAlloc_C0_32f");
-  }
+  const Tables& t = tablesFor(o_, rate_, fftLen_, order_, high);
+  fft_ = t.fft;
+  bank_ = t.bank;
+  dct_ = t.dct;
 #else
+  (void)high;
   throw Error("feature extraction needs the library's FFT, filter-bank and DCT functions, "
               "which this build of libkelsr does not have yet");
-#endif
-}
-
-Frontend::~Frontend() {
-#if KELS_HAVE_FBANK
-  if (bank_) kelsFBankFree_32f(bank_);
-#endif
-#if KELS_HAVE_DCT
-  if (dct_) kelsDCTLifterFree_32f(dct_);
 #endif
 }
 

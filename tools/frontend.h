@@ -38,11 +38,11 @@ struct FeatureOptions {
   std::uint16_t htkKind() const;
 };
 
-// One front end per thread and sample rate: it owns library objects with scratch buffers.
+// One front end per thread and sample rate: it owns the frame buffers; the library objects are
+// shared.
 class Frontend {
  public:
   Frontend(const FeatureOptions& opts, int sampleRate);  // throws Error on bad options
-  ~Frontend();
   Frontend(const Frontend&) = delete;
   Frontend& operator=(const Frontend&) = delete;
 
@@ -59,10 +59,10 @@ class Frontend {
   FeatureOptions o_;
   int rate_, frameLen_, frameShift_, fftLen_, order_;
   std::vector<float> window_, conditioned_, frame_, power_, mel_, ceps_;
-  std::vector<unsigned char> fftMem_;
-  KelsFFTSpec_R_32f* fft_ = nullptr;
+  // Shared, process-lifetime library objects (see tablesFor in frontend.cpp).
+  const KelsFFTSpec_R_32f* fft_ = nullptr;
   KelsMelFBank_32f* bank_ = nullptr;
-  KelsDCTLifter_32f* dct_ = nullptr;
+  const KelsDCTLifter_32f* dct_ = nullptr;
 };
 
 // Appends delta (and delta-delta) columns with the library's regression over +-window frames.
