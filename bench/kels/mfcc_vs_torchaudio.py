@@ -76,9 +76,9 @@ def main():
     ta_rate = ta[0] / ta[1]
     k_rate = k1[0] / k1[2]
     print("audio: %.1f s in %d files" % (ta[0], args.copies))
-    print("torchaudio, 1 thread : %8.0f audio s per CPU s  (%.2f us per frame)"
+    print("torchaudio, 1 thread : %8.0f audio s per CPU s  (%.2f us per 10 ms of audio)"
           % (ta_rate, 1e6 * ta[1] / (ta[0] * 100)))
-    print("kels,       1 thread : %8.0f audio s per CPU s  (%.2f us per frame)"
+    print("kels,       1 thread : %8.0f audio s per CPU s  (%.2f us per 10 ms of audio)"
           % (k_rate, 1e6 * k1[2] / (k1[0] * 100)))
     print("ratio kels / torchaudio (CPU, 1 thread): %.2fx" % (k_rate / ta_rate))
     print("kels, %d threads      : %8.0f audio s per wall s (%.3f s wall, %.3f s CPU)"
