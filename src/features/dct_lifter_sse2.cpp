@@ -34,9 +34,9 @@ inline __m128 reduce4(const __m128 (&lo)[4], const __m128 (&hi)[4]) {
 template <class Src>
 void lifter(const Src* x, float* out, const LifterView& v) {
   const int full = v.M & ~7, tail = v.M - full;
-  // The last partial chunk goes through zero-padded copies; the zero lanes add +0, which leaves a
-  // partial sum (never -0, it starts at +0) unchanged.
-  alignas(16) float xt[8] = {};
+  // The last partial chunk goes through padded copies: rows with +0, inputs with -0, so the
+  // padding products are -0 and add nothing (the sums start at -0, the additive identity).
+  alignas(16) float xt[8] = {-0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f};
   for (int k = 0; k < tail; ++k) xt[k] = float(x[full + k]);
   const int n = v.Q + v.c0;
   for (int j0 = 0; j0 < n; j0 += 4) {
@@ -51,7 +51,7 @@ void lifter(const Src* x, float* out, const LifterView& v) {
       for (int k = 0; k < tail; ++k) bt[i][k] = rows[i][full + k];
     }
     __m128 lo[4], hi[4];
-    for (int i = 0; i < 4; ++i) lo[i] = hi[i] = _mm_setzero_ps();
+    for (int i = 0; i < 4; ++i) lo[i] = hi[i] = _mm_set1_ps(-0.0f);
     __m128 xl, xh;
     for (int k = 0; k < full; k += 8) {
       load8(x + k, xl, xh);
