@@ -19,7 +19,7 @@
  *
  * Sums are single precision with eight interleaved partial sums (element k goes to sum k % 8,
  * reduced as ((s0+s4)+(s2+s6))+((s1+s5)+(s3+s7))); every SIMD target and alignment gives the
- * same bits.
+ * same bits (a NaN result is NaN everywhere, but its sign and payload may differ).
  *
  * Builders check, in order: handle (and multiplier) pointers null -> kelErrNullPtr; M < 1, Q < 1,
  * L < 1 (sine forms) or M < Q -> kelErrSize. InitAlloc writes the handle as soon as the record is
