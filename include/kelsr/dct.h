@@ -25,7 +25,8 @@
  * L < 1 (sine forms) or M < Q -> kelErrSize. InitAlloc writes the handle as soon as the record is
  * allocated; on kelErrMemAlloc the handle holds whatever was built, and the matching Free
  * releases it. Free releases the arrays of the object but deliberately not its small record,
- * which stays allocated; a second Free of the same object does nothing more. */
+ * which stays allocated (a leak checker reports those few bytes once the handle is dropped); a
+ * second Free of the same object does nothing more. */
 #ifndef KELSR_DCT_H
 #define KELSR_DCT_H
 
