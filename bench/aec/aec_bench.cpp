@@ -9,6 +9,9 @@
 // its ERLE over 2-3 s and over the last second (far end only), measured once outside timing.
 // The summary after the table gives the CPU ratios of this run.
 #include <benchmark/benchmark.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <kelsr.h>
 #include <speex/speex_echo.h>
 
@@ -78,7 +81,14 @@ std::vector<double> speech(int n, double f0, unsigned seed) {
   return out;
 }
 
-short toSample(double v) { return short(std::lround(std::min(32767.0, std::max(-32768.0, v)))); }
+
+int toFixedShort(double v) {
+  const double r = std::min(32767.0, std::max(-32768.0, v + 0.5));
+  const int t = int(r);
+  return double(t) > r ? t - 1 : t;
+}
+
+short toSample(double v) { return short(toFixedShort(v)); }
 
 const Audio& audio() {
   static const Audio a = [] {
@@ -107,8 +117,9 @@ const Audio& audio() {
   return a;
 }
 
-Kels32s toFixed(double v) {
-  return Kels32s(std::lround(std::min(2147483647.0, std::max(-2147483648.0, v))));
+Kels32s saturatedDifference(Kels32s a, Kels32s b) {
+  const std::int64_t d = std::int64_t(a) - b;
+  return Kels32s(std::min<std::int64_t>(INT32_MAX, std::max<std::int64_t>(INT32_MIN, d)));
 }
 
 // The subband canceller of examples/echo_cancel.c, one 128-sample hop per call.
@@ -164,13 +175,24 @@ class KelsCanceller {
     std::memmove(frame, frame + kHop, sizeof(short) * kHop);
     std::memcpy(frame + kHop, hop, sizeof(short) * kHop);
   }
+  // The packed spectrum has the subbands' layout except for bins 0 and N/2, whose real parts
+  // share element 0: convert all N values at once, then move Re X(N/2) to its place.
   void analyse(const short* frame, Kels32sc* bins) {
     float buf[kN];
     for (int k = 0; k < kN; ++k) buf[k] = frame[k] * window_[k];
     kelsFFTFwd_RToPack_32f(buf, buf, fft());
-    bins[0] = {toFixed(buf[0]), 0};
-    bins[kN / 2] = {toFixed(buf[1]), 0};
-    for (int k = 1; k < kN / 2; ++k) bins[k] = {toFixed(buf[2 * k]), toFixed(buf[2 * k + 1])};
+    roundToInt(buf, &bins[0].re, kN);
+    bins[kN / 2] = {bins[0].im, 0};
+    bins[0].im = 0;
+  }
+  // Nearest integers (ties to even) of values well inside the 32-bit range.
+  static void roundToInt(const float* v, Kels32s* out, int n) {
+    int k = 0;
+#if defined(__SSE2__)
+    for (; k + 4 <= n; k += 4)
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), _mm_cvtps_epi32(_mm_loadu_ps(v + k)));
+#endif
+    for (; k < n; ++k) out[k] = Kels32s(std::nearbyint(v[k]));
   }
   void filterAndControl() {
     for (int j = 0; j < kTaps; ++j) {
@@ -179,8 +201,8 @@ class KelsCanceller {
     }
     kelsFilterAECNLMS_32sc_Sfs(hist_, const_cast<const Kels32sc**>(coefRows_), estimate_, kTaps, kBins, kCoefSf);
     for (int k = 0; k < kBins; ++k) {
-      error_[k].re = toFixed(double(micBins_[k].re) - estimate_[k].re);
-      error_[k].im = toFixed(double(micBins_[k].im) - estimate_[k].im);
+      error_[k].re = saturatedDifference(micBins_[k].re, estimate_[k].re);
+      error_[k].im = saturatedDifference(micBins_[k].im, estimate_[k].im);
     }
   }
   void update() {
@@ -188,7 +210,7 @@ class KelsCanceller {
     for (int k = 0; k < kBins; ++k) {
       double e = 0;
       for (int j = 0; j < kTaps; ++j) e += double(hist_[j][k].re) * hist_[j][k].re + double(hist_[j][k].im) * hist_[j][k].im;
-      e = std::ldexp(e, -kEnergyShift);
+      e *= 1.0 / (1 << kEnergyShift);
       energy_[k] = e > 2147483647.0 ? 2147483647 : Kels32s(e);
     }
     kelsStepSizeUpdateAECNLMS_32s(energy_, adapt_, 1.0, kEnergyFloor, step_, kBins, kEnergyShift);
@@ -197,15 +219,15 @@ class KelsCanceller {
   void adapt(short* out) {
     filterAndControl();
     float buf[kN];
-    buf[0] = float(error_[0].re);
+    const Kels32s* e = &error_[0].re;
+    for (int k = 0; k < kN; ++k) buf[k] = float(e[k]);
     buf[1] = float(error_[kN / 2].re);
-    for (int k = 1; k < kN / 2; ++k) {
-      buf[2 * k] = float(error_[k].re);
-      buf[2 * k + 1] = float(error_[k].im);
-    }
     kelsFFTInv_PackToR_32f(buf, buf, fft());
-    for (int k = 0; k < kN; ++k) ola_[k] += buf[k] * window_[k] / kN;
-    for (int k = 0; k < kHop; ++k) out[k] = resFrame_[k] = toSample(ola_[k]);
+    for (int k = 0; k < kN; ++k) ola_[k] += buf[k] * window_[k] * (1.0f / kN);
+    Kels32s rounded[kHop];
+    roundToInt(ola_, rounded, kHop);
+    for (int k = 0; k < kHop; ++k)
+      out[k] = resFrame_[k] = short(std::min<Kels32s>(32767, std::max<Kels32s>(-32768, rounded[k])));
     std::memmove(ola_, ola_ + kHop, sizeof(float) * kHop);
     std::memset(ola_ + kHop, 0, sizeof(float) * kHop);
     update();

@@ -9,25 +9,21 @@
 #include <kelsr.h>
 
 #include "core/check.h"
+#include "core/cpu.h"
 #include "core/scale.h"
+#include "enhance/nlms_kernels.h"
 
 namespace kels::enhance {
 namespace {
 
 constexpr int kMaxLen = 4097;
 constexpr int kMaxTaps = 255;
-constexpr double kTwo63 = 9223372036854775808.0;
-constexpr double kMin32 = -2147483648.0, kMax32 = 2147483647.0;
 
 bool tapsPresent(const void* const* rows, int taps) {
   for (int j = 0; j < taps; ++j)
     if (rows[j] == nullptr) return false;
   return true;
 }
-
-double clamp63(double v) { return v < -kTwo63 ? -kTwo63 : v > kTwo63 ? kTwo63 : v; }
-// NaN passes through: the callers decide what an undefined value means.
-double clamp32(double v) { return v < kMin32 ? kMin32 : v > kMax32 ? kMax32 : v; }
 
 // x * 2^-k as k successive exact halvings (doublings for k < 0). Within the normal range a
 // single multiply by the power is the same; only results that reach the subnormal range are
@@ -71,18 +67,7 @@ KelsStatus checkFilter(const Kels32sc* const* hist, const Kels32sc* const* coef,
 }
 
 void filter(const Kels32sc* const* hist, const Kels32sc* const* coef, Kels32sc* out, int taps, int len, int sf) {
-  const double scale = pow2NegD(sf);  // exact for |sf| <= 31
-  for (int i = 0; i < len; ++i) {
-    double re = 0.0, im = 0.0;
-    for (int j = 0; j < taps; ++j) {
-      const double xr = hist[j][i].re, xi = hist[j][i].im;
-      const double hr = coef[j][i].re, hi = coef[j][i].im;
-      re = clamp63(re + (xr * hr - xi * hi));
-      im = clamp63(im + (xi * hr + xr * hi));
-    }
-    out[i].re = roundSat<Kels32s>(re * scale);
-    out[i].im = roundSat<Kels32s>(im * scale);
-  }
+  nlmsKernels().filter(hist, coef, out, taps, len, pow2NegD(sf));  // 2^-sf is exact for |sf| <= 31
 }
 
 KelsStatus checkStep(const Kels32s* energy, Kels32s a, double mu0, Kels32s threshold, const double* step,
@@ -100,6 +85,13 @@ KelsStatus checkStep(const Kels32s* energy, Kels32s a, double mu0, Kels32s thres
       .arg(mu0 > 0.0 && threshold >= 1, kelErrRange);  // NaN fails mu0 > 0
 }
 
+// x * 2^-k by one multiply when that is exact (result normal and finite: the halvings would
+// all have been exact too), else by the halving loop.
+inline double scaleStep(double x, std::int64_t k, double pow2) {
+  const double y = x * pow2;
+  return std::fabs(y) >= DBL_MIN && std::fabs(y) <= DBL_MAX ? y : halveRepeatedly(x, k);
+}
+
 void stepSize(const Kels32s* energy, Kels32s a, double mu0, Kels32s threshold, double* step, int len, int sf) {
   if (a == 0) {
     for (int i = 0; i < len; ++i) step[i] = 0.0;
@@ -108,8 +100,10 @@ void stepSize(const Kels32s* energy, Kels32s a, double mu0, Kels32s threshold, d
   const double factor = double(a) * 0x1p-31;
   // Quiet subbands get a step 2^-92 below the base step: negligible, but not zero.
   const double quiet = halveRepeatedly(mu0, std::int64_t(sf) + 92);
+  // 2^-sf when it is a normal double; otherwise every subband takes the loop.
+  const double pow2 = sf >= -1023 && sf <= 1022 ? std::ldexp(1.0, -sf) : 0.0;
   for (int i = 0; i < len; ++i)
-    step[i] = energy[i] > threshold ? halveRepeatedly(factor / energy[i], sf) : quiet;
+    step[i] = energy[i] > threshold ? scaleStep(factor / energy[i], sf, pow2) : quiet;
 }
 
 KelsStatus checkCoef(const double* step, const Kels32sc* const* hist, const Kels32sc* err, Kels32sc* const* coef,
@@ -130,28 +124,68 @@ KelsStatus checkCoef(const double* step, const Kels32sc* const* hist, const Kels
             kelErrSize);
 }
 
-Kels32s addUpdate(Kels32s h, double u) {
-  if (std::isnan(u)) return h;
-  return roundSat<Kels32s>(clamp32(clamp32(u) + h));
-}
+// Steps below this keep mu * e * x * 2^31 finite, so no update can be NaN (infinity times 0).
+constexpr double kFiniteStep = 0x1p900;
 
 void coefUpdate(const double* step, const Kels32sc* const* hist, const Kels32sc* err, Kels32sc* const* coef,
                 int taps, int len, int sf) {
   // The 32-bit integer 1 << sf: at sf = 31 it is -2^31, which flips the update; that is kept.
   const double g = sf == 31 ? kMin32 : double(std::int32_t(1) << sf);
-  for (int j = 0; j < taps; ++j) {
-    const Kels32sc* x = hist[j];
-    Kels32sc* h = coef[j];
+  bool finite = true;
+  for (int i = 0; i < len; ++i) finite &= step[i] < kFiniteStep;
+  if (finite) {
+    const NlmsKernels& k = nlmsKernels();
+    for (int j = 0; j < taps; ++j) k.update(step, err, hist[j], coef[j], len, g);
+    return;
+  }
+  // An update that comes out NaN leaves its coefficient part as it is.
+  for (int j = 0; j < taps; ++j)
     for (int i = 0; i < len; ++i) {
-      const double me_re = step[i] * err[i].re, me_im = step[i] * err[i].im;
-      const double xr = x[i].re, xi = x[i].im;
-      h[i].re = addUpdate(h[i].re, (me_re * xr + me_im * xi) * g);
-      h[i].im = addUpdate(h[i].im, (me_im * xr - me_re * xi) * g);
+      const double meRe = step[i] * err[i].re, meIm = step[i] * err[i].im;
+      const double xr = hist[j][i].re, xi = hist[j][i].im;
+      const double uRe = (meRe * xr + meIm * xi) * g, uIm = (meIm * xr - meRe * xi) * g;
+      Kels32sc& h = coef[j][i];
+      if (!std::isnan(uRe)) h.re = toInt32(clamp32(uRe) + h.re);
+      if (!std::isnan(uIm)) h.im = toInt32(clamp32(uIm) + h.im);
     }
+}
+
+void filterScalar(const Kels32sc* const* x, const Kels32sc* const* h, Kels32sc* out, int taps, int len,
+                  double scale) {
+  // Taps outer, subbands inner, over blocks of subbands: each subband still sums its taps in
+  // tap order.
+  double accRe[kFilterBlock], accIm[kFilterBlock];
+  for (int i0 = 0; i0 < len; i0 += kFilterBlock) {
+    const int n = len - i0 < kFilterBlock ? len - i0 : kFilterBlock;
+    for (int i = 0; i < n; ++i) accRe[i] = accIm[i] = 0.0;
+    for (int j = 0; j < taps; ++j)
+      for (int i = 0; i < n; ++i) macc(accRe[i], accIm[i], x[j][i0 + i], h[j][i0 + i]);
+    for (int i = 0; i < n; ++i) out[i0 + i] = {toInt32(accRe[i] * scale), toInt32(accIm[i] * scale)};
   }
 }
 
+void updateScalar(const double* step, const Kels32sc* err, const Kels32sc* x, Kels32sc* h, int len, double g) {
+  for (int i = 0; i < len; ++i) updateOne(step[i], err[i], x[i], h[i], g);
+}
+
 }  // namespace
+
+const NlmsKernels& nlmsKernelsScalar() {
+  static constexpr NlmsKernels k{filterScalar, updateScalar};
+  return k;
+}
+
+const NlmsKernels& nlmsKernels() {
+#if defined(KELSR_X86)
+  static const NlmsKernels* const table[kTargetCount] = {&nlmsKernelsScalar(), &nlmsKernelsSse2(),
+                                                         &nlmsKernelsAvx2(), &nlmsKernelsAvx2()};
+#else
+  static const NlmsKernels* const table[kTargetCount] = {&nlmsKernelsScalar(), &nlmsKernelsScalar(),
+                                                         &nlmsKernelsScalar(), &nlmsKernelsScalar()};
+#endif
+  return *forActiveTarget(table);
+}
+
 }  // namespace kels::enhance
 
 using namespace kels;
