@@ -16,6 +16,7 @@
 #include "support/canary.h"
 #include "support/reference.h"
 #include "support/rng.h"
+#include "support/targets.h"
 
 namespace {
 
@@ -307,6 +308,65 @@ TEST(AecCoef, CheckOrderWritesNothing) {
       EXPECT_EQ(before[std::size_t(j)][std::size_t(i)].im, h.data[std::size_t(j)][std::size_t(i)].im);
     }
   EXPECT_EQ(kelOk, call(step.data(), x.crows.data(), err.data(), h.rows.data(), 2, 4, 0));
+}
+
+}  // namespace
+
+// ---- targets ----
+
+namespace {
+
+using kels::test::forEachTarget;
+
+// Filter and coefficient update on every target this processor has, against the scalar
+// target, bit for bit: odd and even lengths (the wide kernels pair subbands), blocks beyond the
+// accumulator block, misaligned rows, saturating and clamping values.
+TEST(AecTargets, SameBitsOnEveryTarget) {
+  for (int len : {1, 2, 3, 7, 8, 129, 255, 256, 257, 513}) {
+    Rng rng{std::uint32_t(len)};
+    const int taps = 5;
+    // Rows one element past an allocation's start, so they are 8 bytes off 16-byte alignment.
+    std::vector<std::vector<Kels32sc>> xs(taps, std::vector<Kels32sc>(std::size_t(len) + 1)), hs = xs;
+    std::vector<const Kels32sc*> x(taps);
+    for (int j = 0; j < taps; ++j) {
+      for (auto& v : xs[std::size_t(j)]) v = {rng.integer(INT32_MIN, INT32_MAX), rng.integer(INT32_MIN, INT32_MAX)};
+      for (auto& v : hs[std::size_t(j)]) v = {rng.integer(-(1 << 28), 1 << 28), rng.integer(-(1 << 28), 1 << 28)};
+      x[std::size_t(j)] = xs[std::size_t(j)].data() + 1;
+    }
+    std::vector<Kels32sc> err(static_cast<std::size_t>(len));
+    std::vector<double> step(static_cast<std::size_t>(len));
+    for (int i = 0; i < len; ++i) {
+      err[std::size_t(i)] = {rng.integer(INT32_MIN, INT32_MAX), rng.integer(-1000, 1000)};
+      step[std::size_t(i)] = i % 5 == 0 ? 0.0 : std::ldexp(rng.uniform(0, 1), -rng.integer(30, 70));
+    }
+    std::vector<std::vector<Kels32sc>> refOut, refCoef;
+    forEachTarget([&](kels::Target) {
+      std::vector<std::vector<Kels32sc>> h = hs;
+      std::vector<Kels32sc*> hp(taps);
+      for (int j = 0; j < taps; ++j) hp[std::size_t(j)] = h[std::size_t(j)].data() + 1;
+      std::vector<Kels32sc> out(static_cast<std::size_t>(len));
+      for (int sf : {-31, 0, 20}) {
+        ASSERT_EQ(kelOk, kelsFilterAECNLMS_32sc_Sfs(x.data(), const_cast<const Kels32sc**>(hp.data()), out.data(),
+                                                    taps, len, sf));
+        if (refOut.size() < 3) {
+          refOut.push_back(out);
+        } else {
+          const auto& r = refOut[std::size_t(sf == -31 ? 0 : sf == 0 ? 1 : 2)];
+          ASSERT_EQ(0, std::memcmp(r.data(), out.data(), out.size() * sizeof(Kels32sc))) << len << " sf " << sf;
+        }
+      }
+      for (int sf : {0, 17, 31}) {
+        ASSERT_EQ(kelOk, kelsCoefUpdateAECNLMS_32sc_I(step.data(), x.data(), err.data(), hp.data(), taps, len, sf));
+      }
+      std::vector<Kels32sc> flat;
+      for (const auto& row : h) flat.insert(flat.end(), row.begin(), row.end());
+      if (refCoef.empty()) {
+        refCoef.push_back(flat);
+      } else {
+        ASSERT_EQ(0, std::memcmp(refCoef[0].data(), flat.data(), flat.size() * sizeof(Kels32sc))) << len;
+      }
+    });
+  }
 }
 
 }  // namespace
