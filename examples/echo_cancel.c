@@ -13,9 +13,11 @@
  * For comparison the program also fits, per subband, the least-squares 8-tap filter over the
  * far-end-only segment: the best this filter bank and filter length can do on this signal.
  *
- * usage: example_echo_cancel [--check]   (--check: exit status 1 unless the ERLE over 2-3 s of
+ * usage: example_echo_cancel [--check] [--near PEAK]
+ * --near sets the near-end talker's peak level (default 13000, about 10 dB above the echo).
+ * --check: exit status 1 unless the ERLE over 2-3 s of
  * far-end speech exceeds 15 dB, no 0.2 s block of the double talk falls below 10 dB, and the
- * ERLE over the last second, far end only again, exceeds 15 dB) */
+ * ERLE over the last second, far end only again, exceeds 15 dB. */
 #include <kelsr.h>
 
 #include <complex.h>
@@ -37,7 +39,6 @@
 #define SECONDS_FAR 3.0        /* far end alone */
 #define SECONDS_DT 1.6         /* then near-end speech too */
 #define SECONDS_AFTER 1.4      /* then the far end alone again */
-#define NEAR_LEVEL 13000       /* near-end talker peak: about 10 dB above the echo */
 #define BLOCK_HOPS 25          /* ERLE per 0.2 s */
 #define MAX_BLOCKS 64
 
@@ -229,7 +230,8 @@ static double erleOver(const Erle* e, int from, int to) {
 }
 
 int main(int argc, char** argv) {
-  const int check = argc > 1 && strcmp(argv[1], "--check") == 0;
+  int check = 0;
+  double nearLevel = 13000;
   const int total = (int)((SECONDS_FAR + SECONDS_DT + SECONDS_AFTER) * FS);
   const int dtFrom = (int)(SECONDS_FAR * FS), dtTo = (int)((SECONDS_FAR + SECONDS_DT) * FS);
   const int frames = total / HOP, blocks = frames / BLOCK_HOPS;
@@ -245,6 +247,10 @@ int main(int argc, char** argv) {
   double room[IR_LEN], norm = 0, minDt = 1e9;
   int i, k, j, m, b, fftSize = 0, ok;
 
+  for (i = 1; i < argc; ++i) {
+    if (strcmp(argv[i], "--check") == 0) check = 1;
+    else if (strcmp(argv[i], "--near") == 0 && i + 1 < argc) nearLevel = atof(argv[++i]);
+  }
   if (blocks > MAX_BLOCKS) return 2;
   /* Signals: far end at about -8 dBFS peak; the echo about 10 dB below it; microphone noise
    * about 66 dB below full scale; near-end speech during the double talk. */
@@ -252,7 +258,7 @@ int main(int argc, char** argv) {
   speech(near, total, 210, 0xD1B54A32D192ED03ull);
   for (i = 0; i < total; ++i) {
     far[i] = toSample(13000 * far[i] + (i & 1 ? 1.5 : -1.5));  /* never an exact zero */
-    near[i] = i >= dtFrom && i < dtTo ? NEAR_LEVEL * near[i] : 0;
+    near[i] = i >= dtFrom && i < dtTo ? nearLevel * near[i] : 0;
   }
   rngState = 12345;
   for (i = 0; i < IR_LEN; ++i) {
