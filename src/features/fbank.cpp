@@ -110,19 +110,19 @@ void spanSums(const Bank& b, const In* x, float* out) {
   for (int k = c[0]; k <= c[1]; ++k) next += b.lower[0][k - c[0]] * float(x[k]);
   for (int s = 1; s <= nFilter; ++s) {
     const int lo = c[s], hi = c[s + 1];
-    const float* fallW = b.upper[s - 1] - (lo + 1);  // indexed by bin
+    const float* fallW = b.upper[s - 1];  // element 0 at bin lo + 1
     float cur = next;
     if (s < nFilter) {
-      const float* riseW = b.lower[s] - lo;
+      const float* riseW = b.lower[s];  // element 0 at bin lo
       next = 0.0f;
-      next += riseW[lo] * float(x[lo]);
+      next += riseW[0] * float(x[lo]);
       for (int k = lo + 1; k <= hi; ++k) {
         const float v = float(x[k]);
-        cur += fallW[k] * v;
-        next += riseW[k] * v;
+        cur += fallW[k - lo - 1] * v;
+        next += riseW[k - lo] * v;
       }
     } else {
-      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k] * float(x[k]);
+      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k - lo - 1] * float(x[k]);
     }
     out[s - 1] = cur;
   }
