@@ -17,7 +17,7 @@ constexpr double kTwoPi = 6.283185307179586476925286766559;
 
 // exp(-2 pi i j / n) rounded to float; exact at quarter turns, where the cosine or sine of the
 // rounded angle would leave a residue of 1e-17 instead of 0.
-void root(long j, long n, float& re, float& im) {
+void root(long long j, long long n, float& re, float& im) {
   j %= n;
   if (4 * j % n == 0) {
     static constexpr float kC[4] = {1, 0, -1, 0}, kS[4] = {0, -1, 0, 1};
