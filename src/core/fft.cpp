@@ -39,7 +39,7 @@ void stagesScalar(const View& v, float*& zr, float*& zi, float* work) {
   float* yr = work + 2 * v.m;
   float* yi = work + 3 * v.m;
   for (int s = 1; s < v.m; s *= 2) {
-    stageScalar(v, s, zr, zi, yr, yi, 0);
+    stageScalar(v, s, zr, zi, yr, yi);
     std::swap(zr, yr);
     std::swap(zi, yi);
   }
