@@ -19,13 +19,14 @@
  *
  * Sums are single precision with eight interleaved partial sums (element k goes to sum k % 8,
  * reduced as ((s0+s4)+(s2+s6))+((s1+s5)+(s3+s7))); every SIMD target and alignment gives the
- * same bits.
+ * same bits (a NaN result is NaN everywhere, but its sign and payload may differ).
  *
  * Builders check, in order: handle (and multiplier) pointers null -> kelErrNullPtr; M < 1, Q < 1,
  * L < 1 (sine forms) or M < Q -> kelErrSize. InitAlloc writes the handle as soon as the record is
  * allocated; on kelErrMemAlloc the handle holds whatever was built, and the matching Free
  * releases it. Free releases the arrays of the object but deliberately not its small record,
- * which stays allocated; a second Free of the same object does nothing more. */
+ * which stays allocated (a leak checker reports those few bytes once the handle is dropped); a
+ * second Free of the same object does nothing more. */
 #ifndef KELSR_DCT_H
 #define KELSR_DCT_H
 

@@ -86,12 +86,60 @@ void stage(const View& v, int s, const float* xr, const float* xi, float* yr, fl
   }
 }
 
-void stages(const View& v, float*& zr, float*& zi, float* work) {
-  float* yr = work + 2 * v.m;
-  float* yi = work + 3 * v.m;
-  for (int s = 1; s < v.m; s *= 2) {
-    if (v.m / 2 >= kW) stage(v, s, zr, zi, yr, yi);
-    else stageScalar(v, s, zr, zi, yr, yi, 0);
+inline void twiddled(__m128 ar, __m128 ai, __m128 wr, __m128 wi, __m128& r, __m128& i) {
+  r = _mm_sub_ps(_mm_mul_ps(ar, wr), _mm_mul_ps(ai, wi));
+  i = _mm_add_ps(_mm_mul_ps(ar, wi), _mm_mul_ps(ai, wr));
+}
+
+// Strides s and 2s in one pass (s >= 4), as in the AVX2 kernel: points t, t + m/4, t + m/2,
+// t + 3m/4 land at 4ps + q + {0, s, 2s, 3s}.
+void stagePair(const View& v, int s, const float* xr, const float* xi, float* yr, float* yi) {
+  const int half = v.m / 2, quarter = v.m / 4;
+  for (int p = 0; p * s < quarter; ++p) {
+    const int a = p * s, b = 2 * p * s;
+    const __m128 w1r = _mm_set1_ps(v.rootRe[a]), w1i = _mm_set1_ps(v.rootIm[a]);
+    const __m128 w2r = _mm_set1_ps(v.rootRe[a + quarter]), w2i = _mm_set1_ps(v.rootIm[a + quarter]);
+    const __m128 w3r = _mm_set1_ps(v.rootRe[b]), w3i = _mm_set1_ps(v.rootIm[b]);
+    for (int q = 0; q < s; q += kW) {
+      const int t = a + q, o = 4 * a + q;
+      const __m128 x0r = _mm_loadu_ps(xr + t), x0i = _mm_loadu_ps(xi + t);
+      const __m128 x1r = _mm_loadu_ps(xr + t + half), x1i = _mm_loadu_ps(xi + t + half);
+      const __m128 x2r = _mm_loadu_ps(xr + t + quarter), x2i = _mm_loadu_ps(xi + t + quarter);
+      const __m128 x3r = _mm_loadu_ps(xr + t + half + quarter), x3i = _mm_loadu_ps(xi + t + half + quarter);
+      const __m128 u0r = _mm_add_ps(x0r, x1r), u0i = _mm_add_ps(x0i, x1i);
+      const __m128 v0r = _mm_add_ps(x2r, x3r), v0i = _mm_add_ps(x2i, x3i);
+      __m128 u1r, u1i, v1r, v1i, zr, zi;
+      twiddled(_mm_sub_ps(x0r, x1r), _mm_sub_ps(x0i, x1i), w1r, w1i, u1r, u1i);
+      twiddled(_mm_sub_ps(x2r, x3r), _mm_sub_ps(x2i, x3i), w2r, w2i, v1r, v1i);
+      _mm_storeu_ps(yr + o, _mm_add_ps(u0r, v0r));
+      _mm_storeu_ps(yi + o, _mm_add_ps(u0i, v0i));
+      twiddled(_mm_sub_ps(u0r, v0r), _mm_sub_ps(u0i, v0i), w3r, w3i, zr, zi);
+      _mm_storeu_ps(yr + o + 2 * s, zr);
+      _mm_storeu_ps(yi + o + 2 * s, zi);
+      _mm_storeu_ps(yr + o + s, _mm_add_ps(u1r, v1r));
+      _mm_storeu_ps(yi + o + s, _mm_add_ps(u1i, v1i));
+      twiddled(_mm_sub_ps(u1r, v1r), _mm_sub_ps(u1i, v1i), w3r, w3i, zr, zi);
+      _mm_storeu_ps(yr + o + 3 * s, zr);
+      _mm_storeu_ps(yi + o + 3 * s, zi);
+    }
+  }
+}
+
+// The stages from stride `s` on, ping-ponging between (zr, zi) and the other half of `work`.
+void stages(const View& v, int s, float*& zr, float*& zi, float* work) {
+  float* yr = zr == work ? work + 2 * v.m : work;
+  float* yi = yr + v.m;
+  while (s < v.m) {
+    if (v.m / 2 < kW) {
+      stageScalar(v, s, zr, zi, yr, yi);
+      s *= 2;
+    } else if (s >= kW && 2 * s < v.m) {
+      stagePair(v, s, zr, zi, yr, yi);
+      s *= 4;
+    } else {
+      stage(v, s, zr, zi, yr, yi);
+      s *= 2;
+    }
     std::swap(zr, yr);
     std::swap(zi, yi);
   }
@@ -128,7 +176,7 @@ void forwardSse2(const View& v, const float* src, float* dst, float* work) {
   float* zr = work;
   float* zi = work + v.m;
   split(src, zr, zi, v.m);
-  stages(v, zr, zi, work);
+  stages(v, 1, zr, zi, work);
   untangle(v, zr, zi, dst);
 }
 
@@ -136,7 +184,7 @@ void inverseSse2(const View& v, const float* src, float* dst, float* work) {
   float* zr = work;
   float* zi = work + v.m;
   tangleScalar(v, src, zr, zi);
-  stages(v, zr, zi, work);
+  stages(v, 1, zr, zi, work);
   mergeSwapped(zr, zi, dst, v.m);
 }
 

@@ -110,19 +110,19 @@ void spanSums(const Bank& b, const In* x, float* out) {
   for (int k = c[0]; k <= c[1]; ++k) next += b.lower[0][k - c[0]] * float(x[k]);
   for (int s = 1; s <= nFilter; ++s) {
     const int lo = c[s], hi = c[s + 1];
-    const float* fallW = b.upper[s - 1] - (lo + 1);  // indexed by bin
+    const float* fallW = b.upper[s - 1];  // element 0 at bin lo + 1
     float cur = next;
     if (s < nFilter) {
-      const float* riseW = b.lower[s] - lo;
+      const float* riseW = b.lower[s];  // element 0 at bin lo
       next = 0.0f;
-      next += riseW[lo] * float(x[lo]);
+      next += riseW[0] * float(x[lo]);
       for (int k = lo + 1; k <= hi; ++k) {
         const float v = float(x[k]);
-        cur += fallW[k] * v;
-        next += riseW[k] * v;
+        cur += fallW[k - lo - 1] * v;
+        next += riseW[k - lo] * v;
       }
     } else {
-      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k] * float(x[k]);
+      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k - lo - 1] * float(x[k]);
     }
     out[s - 1] = cur;
   }
@@ -508,7 +508,8 @@ bool centresPass(const Kels32s* c, int nFilter, int n) {
   return c[nFilter + 1] <= n / 2;
 }
 
-KelsStatus getCenters(const KelsMelFBank_32f* obj, int* centres) {
+template <class Obj>
+KelsStatus getCenters(const Obj* obj, int* centres) {
   if (KelsStatus st = ArgCheck{}.ptrs(obj, centres); st != kelOk) return st;
   const Bank& b = obj->b;
   if (KelsStatus st = ArgCheck{}
@@ -521,7 +522,8 @@ KelsStatus getCenters(const KelsMelFBank_32f* obj, int* centres) {
   return kelOk;
 }
 
-KelsStatus setCenters(KelsMelFBank_32f* obj, const int* centres) {
+template <class Obj>
+KelsStatus setCenters(Obj* obj, const int* centres) {
   if (KelsStatus st = ArgCheck{}.ptrs(centres, obj); st != kelOk) return st;
   Bank& b = obj->b;
   if (KelsStatus st = ArgCheck{}.ptr(b.centers).data(
@@ -535,7 +537,8 @@ KelsStatus setCenters(KelsMelFBank_32f* obj, const int* centres) {
 
 // A filter's weights as one run: its rising values, then its falling ones. Filter nFilter + 1
 // has only a rising run (there is no c[nFilter+2]).
-KelsStatus checkCoeffs(const KelsMelFBank_32f* obj, int j, const void* w, int lastFilter) {
+template <class Obj>
+KelsStatus checkCoeffs(const Obj* obj, int j, const void* w, int lastFilter) {
   if (KelsStatus st = ArgCheck{}.ptrs(obj, w); st != kelOk) return st;
   const Bank& b = obj->b;
   return ArgCheck{}
@@ -544,7 +547,8 @@ KelsStatus checkCoeffs(const KelsMelFBank_32f* obj, int j, const void* w, int la
       .arg(b.centers != nullptr && b.lower != nullptr && b.upper != nullptr, kelErrNullPtr);
 }
 
-KelsStatus getCoeffs(const KelsMelFBank_32f* obj, int j, float* w) {
+template <class Obj>
+KelsStatus getCoeffs(const Obj* obj, int j, float* w) {
   if (KelsStatus st = checkCoeffs(obj, j, w, obj ? obj->b.nFilter + 1 : 0); st != kelOk) return st;
   const Bank& b = obj->b;
   const Run r = riseRun(b, j);
@@ -556,7 +560,8 @@ KelsStatus getCoeffs(const KelsMelFBank_32f* obj, int j, float* w) {
   return kelOk;
 }
 
-KelsStatus setCoeffs(KelsMelFBank_32f* obj, int j, const float* w) {
+template <class Obj>
+KelsStatus setCoeffs(Obj* obj, int j, const float* w) {
   if (KelsStatus st = checkCoeffs(obj, j, w, obj ? obj->b.nFilter : 0); st != kelOk) return st;
   Bank& b = obj->b;
   const Run r = riseRun(b, j), f = fallRun(b, j);
@@ -594,12 +599,6 @@ KelsStatus freeBank(KelsMelFBank_16s* obj) {
   obj->out = obj->in = nullptr;
   return kelOk;
 }
-
-// The 16s record starts with the same Bank, so the accessors serve both.
-const KelsMelFBank_32f* asFloatBank(const KelsMelFBank_16s* obj) {
-  return reinterpret_cast<const KelsMelFBank_32f*>(obj);
-}
-KelsMelFBank_32f* asFloatBank(KelsMelFBank_16s* obj) { return reinterpret_cast<KelsMelFBank_32f*>(obj); }
 
 // ---- warping ---------------------------------------------------------------------------------
 
@@ -689,25 +688,25 @@ extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCenters_32f(const KelsMelFB
   return getCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCenters_16s(const KelsMelFBank_16s* obj, int* centres) {
-  return getCenters(asFloatBank(obj), centres);
+  return getCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCenters_32f(KelsMelFBank_32f* obj, const int* centres) {
   return setCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCenters_16s(KelsMelFBank_16s* obj, const int* centres) {
-  return setCenters(asFloatBank(obj), centres);
+  return setCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCoeffs_32f(const KelsMelFBank_32f* obj, int j, Kels32f* w) {
   return getCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCoeffs_16s(const KelsMelFBank_16s* obj, int j, Kels32f* w) {
-  return getCoeffs(asFloatBank(obj), j, w);
+  return getCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCoeffs_32f(KelsMelFBank_32f* obj, int j, const Kels32f* w) {
   return setCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCoeffs_16s(KelsMelFBank_16s* obj, int j, const Kels32f* w) {
-  return setCoeffs(asFloatBank(obj), j, w);
+  return setCoeffs(obj, j, w);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankFree_32f(KelsMelFBank_32f* obj) { return freeBank(obj); }
