@@ -299,16 +299,28 @@ void accumulateInto(Dst dst, int j, int k, double s, double weight) {
   dst(k, j) = v;
 }
 
-// Pair by pair, each sum over all rows.
+void covPairs(const ColSrc<Kels32f>& s, int n, int j, int k0, int cnt, const double* m, double* out) {
+  kernels().covPairs32f(s, n, j, k0, cnt, m, out);
+}
+void covPairs(const ColSrc<Kels16s>& s, int n, int j, int k0, int cnt, const double* m, double* out) {
+  kernels().covPairs16s(s, n, j, k0, cnt, m, out);
+}
+
+// The plain triangle: column j against the columns from j on, every sum over all rows straight
+// from the source, with no scratch beyond the stack.
 template <class Rows, class Src, class Dst>
 void covPlain(Rows src, int n, const Src* mean, Dst dst, int d, double weight) {
-  for (int j = 0; j < d; ++j)
-    for (int k = j; k < d; ++k) {
-      const double mk = double(mean[k]);
-      double s = 0.0;
-      for (int i = 0; i < n; ++i) s += (double(src[i][j]) - mk) * (double(src[i][k]) - mk);
-      accumulateInto(dst, j, k, s, weight);
+  double m[kChunk], s[kChunk];
+  for (int k0 = 0; k0 < d; k0 += kChunk) {
+    const int w = std::min(kChunk, d - k0);
+    for (int c = 0; c < w; ++c) m[c] = double(mean[k0 + c]);
+    // Pairs (j, k) with k in this chunk and j <= k.
+    for (int j = 0; j < k0 + w; ++j) {
+      const int first = std::max(j, k0);
+      covPairs(colSrc(src, 0), n, j, first, k0 + w - first, m + (first - k0), s);
+      for (int k = first; k < k0 + w; ++k) accumulateInto(dst, j, k, s[k - first], weight);
     }
+  }
 }
 
 // Rows in chunks turned into doubles, every sum kept in a scratch matrix and grown in row order by

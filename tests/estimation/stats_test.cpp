@@ -428,33 +428,41 @@ TEST(AccCovariance, UsesTheSecondColumnsMeanAndAccumulates) {
 // target. The _D2 threshold counts the step, so a wide step pushes the same rows over it.
 TEST(AccCovariance, BlockedPathMatchesPlainBitForBit) {
   Rng rng(41);
-  for (int d : {1, 3, 8, 13, 39, 70}) {
+  for (int d : {1, 3, 8, 13, 39, 70, 300}) {
     const int n = 140000 / (d * 40) + 1;
+    ASSERT_LT(std::int64_t(n) * d * 2, 134000);
+    ASSERT_GE(std::int64_t(n) * d * 40, 140000);
     auto m = randomBlock<float>(n, d, d * 40, 4, rng, -5, 5);
+    auto h = randomBlock<Kels16s>(n * 2, d, d * 40, 2, rng, -3000, 3000);
     std::vector<float> mean(d);
     for (auto& x : mean) x = float(rng.uniform(-1, 1));
-    std::vector<double> plain(std::size_t(d) * d, 0.25);
-    std::vector<double*> rows;
-    for (int j = 0; j < d; ++j) rows.push_back(plain.data() + std::size_t(j) * d);
-    ASSERT_LT(std::int64_t(n) * d, 134000);
-    ASSERT_GE(std::int64_t(n) * d * 40, 140000);
-    ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2L(m.constRowTable(), n, mean.data(), rows.data(), d, 0.75));
-    forEachTarget([&](Target t) {
-      std::vector<double> tiled(std::size_t(d) * d, 0.25);
-      ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2(m.base(), m.step(), n, mean.data(), tiled.data(), d, d, 0.75));
-      EXPECT_EQ(0, std::memcmp(plain.data(), tiled.data(), plain.size() * sizeof(double))) << d << " " << targetName(t);
-    });
-    auto h = randomBlock<Kels16s>(n * 2, d, d * 40, 2, rng, -3000, 3000);
     std::vector<Kels16s> hm(d, 7);
-    std::vector<double> hp(std::size_t(d) * d, 0.0);
-    std::vector<double*> hrows;
-    for (int j = 0; j < d; ++j) hrows.push_back(hp.data() + std::size_t(j) * d);
-    ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2L(h.constRowTable(), n * 2, hm.data(), hrows.data(), d, 1.0));
+    auto run = [&] {  // plain (row tables, below the thresholds) and tiled (_D2, above them)
+      std::vector<double> out(4 * std::size_t(d) * d, 0.25);
+      std::vector<double*> rows, hrows;
+      for (int j = 0; j < d; ++j) {
+        rows.push_back(out.data() + std::size_t(j) * d);
+        hrows.push_back(out.data() + std::size_t(d + j) * d);
+      }
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2L(m.constRowTable(), n, mean.data(), rows.data(), d, 0.75));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2L(h.constRowTable(), n * 2, hm.data(), hrows.data(), d, 1.0));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2(m.base(), m.step(), n, mean.data(), &out[2 * std::size_t(d) * d], d, d, 0.75));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2(h.base(), h.step(), n * 2, hm.data(), &out[3 * std::size_t(d) * d], d, d, 1.0));
+      return out;
+    };
+    std::vector<double> scalar;
     forEachTarget([&](Target t) {
-      std::vector<double> tiled(std::size_t(d) * d, 0.0);
-      ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2(h.base(), h.step(), n * 2, hm.data(), tiled.data(), d, d, 1.0));
-      EXPECT_EQ(hp, tiled) << d << " " << targetName(t);
+      const auto out = run();
+      const std::size_t dd = std::size_t(d) * d;
+      EXPECT_EQ(0, std::memcmp(&out[0], &out[2 * dd], dd * sizeof(double))) << d << " " << targetName(t);
+      EXPECT_EQ(0, std::memcmp(&out[dd], &out[3 * dd], dd * sizeof(double))) << d << " " << targetName(t);
+      if (t == Target::kScalar) scalar = out;
+      else EXPECT_EQ(0, std::memcmp(scalar.data(), out.data(), out.size() * sizeof(double))) << d << " " << targetName(t);
     });
+    const auto ref = refCov(m, mean, d);
+    for (int j = 0; j < d; ++j)
+      for (int k = 0; k < d; ++k)
+        EXPECT_NEAR(scalar[std::size_t(j) * d + k], double(0.25L + 0.75L * ref[std::size_t(j) * d + k]), 1e-9 * n);
   }
 }
 
