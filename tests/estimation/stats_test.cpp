@@ -184,7 +184,7 @@ template <class T>
 void checkWeighted(Ref eps) {
   Rng rng(23);
   for (const Shape& s : kShapes) {
-    auto m = randomBlock<T>(s.n, s.d, s.d + s.extra, s.misalign, rng, -4, 6);
+    auto m = randomBlock<T>(s.n, s.d, s.d + s.extra, s.misalign * sizeof(T) / 4, rng, -4, 6);
     std::vector<T> w(s.n), mean(s.d), var(s.d), mOnly(s.d), vGiven(s.d), given(s.d);
     for (auto& x : w) x = T(rng.uniform(0, 2.0 / s.n));
     for (auto& x : given) x = T(rng.uniform(-1, 1));
@@ -475,7 +475,7 @@ TEST(ColumnKernels, EveryTargetGivesTheScalarBits) {
       const int n = 2 + d % 13;
       auto f = randomBlock<float>(n, d, d + int(mis / 4), mis, rng, -9, 9);
       auto h = randomBlock<Kels16s>(n, d, d + 1, mis / 2, rng, -20000, 20000);
-      auto g = randomBlock<double>(n, d, d + 1, mis, rng, -9, 9);
+      auto g = randomBlock<double>(n, d, d + 1, mis * 2, rng, -9, 9);
       std::vector<float> wf(n);
       std::vector<double> wd(n);
       for (int i = 0; i < n; ++i) wf[i] = float(wd[i] = rng.uniform(0, 1));
@@ -515,7 +515,7 @@ struct Call {
 };
 
 TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
-  std::vector<float> block(40, 1.0f);
+  std::vector<float> block(44, 1.0f);
   const float* rows[4] = {&block[0], &block[10], &block[20], &block[30]};
   Canary<float> a(10), b(10);
   const float w[4] = {1, 1, 1, 1};
@@ -525,9 +525,10 @@ TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
   auto meanVarL = [&](Call c) { return kelsMeanVarColumn_32f_D2L(c.rows, c.n, c.out1, c.out2, c.d); };
   auto wmean = [&](Call c) { return kelsWeightedMeanColumn_32f_D2(c.src, c.step, w, c.n, c.out1, c.d); };
   auto sums = [&](Call c) { return kelsSumMeanVar_32f(c.src, c.step, c.n, c.out1, c.out2, c.d); };
+  const float means[11] = {};
   auto cov = [&](Call c) {
-    double dst[100];
-    return kelsAccCovarianceMatrix_32f64f_D2(c.src, c.step, c.n, c.out2 ? w : nullptr, dst, c.d, 10, 1.0);
+    double dst[110];
+    return kelsAccCovarianceMatrix_32f64f_D2(c.src, c.step, c.n, c.out2 ? means : nullptr, dst, c.d, 10, 1.0);
   };
   struct Row {
     const char* what;
@@ -565,7 +566,7 @@ TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
       {"sums: null before size", sums, nullN0, kelErrNullPtr},
       {"cov: null means", cov, nullOut2, kelErrNullPtr},
       {"cov: size before step", cov, shortStepN0, kelErrSize},
-      {"cov: short destination step", cov, [](Call& c) { c.d = 10; c.step = 10; c.n = 4; }, kelOk},
+      {"cov: destination step equal to width", cov, [](Call& c) { c.d = 10; c.step = 10; c.n = 4; }, kelOk},
       {"cov: destination step below width", cov, [](Call& c) { c.d = 11; c.step = 11; c.n = 3; }, kelErrStep},
   };
   for (const Row& r : table) {
