@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <kelsr.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -480,14 +481,21 @@ TEST(ColumnKernels, EveryTargetGivesTheScalarBits) {
       std::vector<double> wd(n);
       for (int i = 0; i < n; ++i) wf[i] = float(wd[i] = rng.uniform(0, 1));
       auto run = [&] {
-        std::vector<float> out(6 * d);
-        std::vector<double> outd(2 * d);
-        std::vector<Kels32s> outi(2 * d);
+        std::vector<float> out(9 * d);
+        std::vector<double> outd(3 * d);
+        std::vector<Kels32s> outi(3 * d);
+        std::vector<Kels16s> given(d, 3), vars16(d);
         kelsMeanVarColumn_32f_D2(f.base(), n, f.step(), &out[0], &out[d], d);
         kelsWeightedMeanVarColumn_32f_D2(f.base(), f.step(), wf.data(), n, &out[2 * d], &out[3 * d], d);
         kelsSumMeanVar_16s32f(h.base(), h.step(), n, &out[4 * d], &out[5 * d], d);
+        kelsMeanColumn_32f_D2(f.base(), n, f.step(), &out[6 * d], d);  // sums only
+        kelsVarColumn_32f_D2(f.base(), n, f.step(), &out[0], &out[7 * d], d);  // squares only
+        kelsWeightedMeanColumn_32f_D2(f.base(), f.step(), wf.data(), n, &out[8 * d], d);
         kelsWeightedMeanVarColumn_64f_D2(g.base(), g.step(), wd.data(), n, &outd[0], &outd[d], d);
+        kelsWeightedVarColumn_64f_D2(g.base(), g.step(), wd.data(), n, &outd[0], &outd[2 * d], d);
         kelsMeanVarColumn_16s32s_D2Sfs(h.base(), n, h.step(), &outi[0], &outi[d], d, 2);
+        kelsVarColumn_16s_D2Sfs(h.base(), n, h.step(), given.data(), vars16.data(), d, 4);
+        std::copy(vars16.begin(), vars16.end(), outi.begin() + 2 * d);
         std::vector<unsigned char> bytes(out.size() * 4 + outd.size() * 8 + outi.size() * 4);
         std::memcpy(bytes.data(), out.data(), out.size() * 4);
         std::memcpy(bytes.data() + out.size() * 4, outd.data(), outd.size() * 8);
