@@ -344,6 +344,10 @@ TEST(RecSqrt, ThresholdIsStrictForFloatAndWarnsWhenAllReplaced) {
   EXPECT_EQ(v[1], 1.0f);  // below: the threshold itself
   EXPECT_EQ(v[2], 1.0f);  // equal: the threshold too
   EXPECT_NEAR(v[3], float(1 / std::sqrt(2.0L)), 2e-7f);
+  float inf[2] = {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()};
+  ASSERT_EQ(kelOk, kelsRecSqrt_32f(inf, 2, 1.0f));
+  EXPECT_EQ(inf[0], 0.0f);
+  EXPECT_EQ(inf[1], 1.0f);  // NaN is not above the threshold
   float all[3] = {0.5f, -3.0f, 2.0f};
   EXPECT_EQ(kelWarnDivByZero, kelsRecSqrt_32f_Th(all, 3, 2.0f));
   for (float x : all) EXPECT_EQ(x, 2.0f);
