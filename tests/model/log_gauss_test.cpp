@@ -171,7 +171,7 @@ TYPED_TEST(LogGauss, EveryTargetGivesIdenticalBits) {
   for (const auto& mb : members<S, D>())
     for (int n : {1, 7, 8, 9, 15, 16, 17, 39, 64, 65})
       for (std::size_t mis : {0, 1, 2, 3}) {
-        Fixture<S, D> f(rng, mb, n, 3, n + 1, mis);
+        Fixture<S, D> f(rng, mb, n, 7, n + 1, mis);  // 7 rows: a quad, a pair, a single
         f.args.sf = mb.hasSf ? 2 : 0;
         std::vector<D> want;
         forEachTarget([&](Target t) {
