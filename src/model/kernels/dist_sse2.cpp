@@ -45,7 +45,9 @@ struct Load64f {
   static __m128d hi(const double* p) { return _mm_loadu_pd(p + 2); }
 };
 struct Load32f64f {
-  static __m128d lo(const float* p) { return _mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)))); }
+  static __m128d lo(const float* p) {  // two floats, any alignment
+    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
   static __m128d hi(const float* p) { return lo(p + 2); }
 };
 template <class Form, class L, class T, class Term>
