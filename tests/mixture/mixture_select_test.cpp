@@ -43,8 +43,8 @@ struct SelectData {
   std::vector<T> g;
   std::vector<Kels8u> table;
   SelectData(Rng& rng, int n_, int G_, int T_)
-      : n(n_), G(G_), frames(T_), step(n_ + 2), rowBytes((G_ + 7) / 8), x(T_, n_, n_ + 2, 4),
-        mean(G_, n_, n_ + 2), var(G_, n_, n_ + 2, 8), g(std::size_t(G_)),
+      : n(n_), G(G_), frames(T_), step(n_ + 2), rowBytes((G_ + 7) / 8), x(T_, n_, n_ + 2, sizeof(T)),
+        mean(G_, n_, n_ + 2), var(G_, n_, n_ + 2, 2 * sizeof(T)), g(std::size_t(G_)),
         table(std::size_t(T_) * std::size_t(rowBytes), 0) {
     for (int t = 0; t < frames; ++t)
       for (int i = 0; i < n; ++i) x.at(t, i) = T(rng.uniform(-2, 2));
