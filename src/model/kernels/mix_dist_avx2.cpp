@@ -10,7 +10,7 @@ namespace kels::model {
 namespace {
 
 constexpr int kRows = 4;  // rows per pass
-constexpr int kRowsFixedX = 8;  // rows per pass when the vector is shared: x is loaded once
+constexpr int kRowsFixedX = 4;  // rows per pass when the vector is shared: x is loaded once
 
 // w + i for weighted forms; identity forms have no weights (and no pointer to offset).
 template <class Form, class T>
