@@ -83,12 +83,13 @@ BENCHMARK(BM_MeanVarColumn_eigen);
 BENCHMARK(BM_AccCovariance_eigen);
 #endif
 
-// Prints, after the table, how many times faster the library ran than each reference.
+// Prints, after the table, how many times faster the library ran than each reference, by CPU
+// time: on a shared machine wall time also counts the moments the process was not running.
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& r : runs)
-      if (!r.error_occurred) times_[r.benchmark_name()] = r.GetAdjustedRealTime();
+      if (!r.error_occurred) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
     ConsoleReporter::ReportRuns(runs);
   }
   void Finalize() override {

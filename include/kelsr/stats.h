@@ -177,8 +177,8 @@ KELS_API KelsStatus KELS_CALL kelsNewVar_32s_ISfs(const Kels32s* pSrc, Kels32s* 
 /* Reciprocal square roots above a threshold; elements at or below it (float form) or below it
  * (integer forms) become the threshold itself. The float estimate is the correctly rounded
  * 1/sqrt(x), refined by one Newton step 0.5*r*(3 - x*r*r), so results do not depend on the
- * processor. Integer results are scaled by 2^-scaleFactor, clamped and truncated toward zero.
- * kelWarnDivByZero when every element was replaced. */
+ * processor; +inf gives 0. Integer results are scaled by 2^-scaleFactor, clamped and
+ * truncated toward zero. kelWarnDivByZero when every element was replaced. */
 KELS_API KelsStatus KELS_CALL kelsRecSqrt_32f(Kels32f* pSrcDst, int len, Kels32f val);
 KELS_API KelsStatus KELS_CALL kelsRecSqrt_32f_Th(Kels32f* pSrcDst, int len, Kels32f val);
 KELS_API KelsStatus KELS_CALL kelsRecSqrt_32s_Sfs(Kels32s* pSrcDst, int len, Kels32s val,

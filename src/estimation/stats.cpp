@@ -7,7 +7,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <type_traits>
+#include <utility>
 
 #include "core/alloc.h"
 #include "core/check.h"
@@ -26,6 +27,10 @@ template <class T>
 ColSrc<T> colSrc(RowsD2<const T> r, int col) { return {r.base, r.step, nullptr, col}; }
 template <class T>
 ColSrc<T> colSrc(RowsD2L<const T> r, int col) { return {nullptr, 0, r.rows, col}; }
+
+// The element type a row accessor reads.
+template <class Rows>
+using ElemOf = std::remove_const_t<std::remove_pointer_t<decltype(std::declval<Rows>()[0])>>;
 
 // The elements a block spans per row: the step of _D2, the row of _D2L.
 template <class Rows>
@@ -75,7 +80,7 @@ KelsStatus checkMeanVar(const Rows& src, int n, const void* mean, const void* va
 
 template <class Rows, class Dst, class Out>
 KelsStatus meanColumn(Rows src, int n, Dst* dst, int d, Out out) {
-  using Src = std::remove_const_t<std::remove_pointer_t<decltype(src[0])>>;
+  using Src = ElemOf<Rows>;
   if (KelsStatus st = checkMeanOrVar(src, n, dst, dst, d, 1); st != kelOk) return st;
   const float r = recipOf<Src>(n);
   float s1[kChunk];
@@ -90,7 +95,7 @@ KelsStatus meanColumn(Rows src, int n, Dst* dst, int d, Out out) {
 
 template <class Rows, class Mean, class Dst, class Out>
 KelsStatus varColumn(Rows src, int n, const Mean* mean, Dst* dst, int d, Out out) {
-  using Src = std::remove_const_t<std::remove_pointer_t<decltype(src[0])>>;
+  using Src = ElemOf<Rows>;
   if (KelsStatus st = checkMeanOrVar(src, n, mean, dst, d, 2); st != kelOk) return st;
   const float r = recipOf<Src>(n - 1), minusN = -float(n);
   float s2[kChunk];
@@ -106,7 +111,7 @@ KelsStatus varColumn(Rows src, int n, const Mean* mean, Dst* dst, int d, Out out
 template <class Rows, class Dst, class OutMean, class OutVar>
 KelsStatus meanVarColumn(Rows src, int n, Dst* mean, Dst* var, int d, OutMean outMean,
                          OutVar outVar) {
-  using Src = std::remove_const_t<std::remove_pointer_t<decltype(src[0])>>;
+  using Src = ElemOf<Rows>;
   if (KelsStatus st = checkMeanVar(src, n, mean, var, d); st != kelOk) return st;
   const float r = recipOf<Src>(n), r1 = recipOf<Src>(n - 1), nf = float(n);
   float s1[kChunk], s2[kChunk];
@@ -234,6 +239,7 @@ KelsStatus newVar32s(const Kels32s* m, const Kels32s* s, Kels32s* dst, int len, 
 // 1/sqrt(x): the correctly rounded value refined by one Newton step, the same on every processor
 // (a hardware estimate differs between vendors).
 float recSqrt(float x) {
+  if (std::isinf(x)) return 0.0f;  // the Newton step would turn 0 * inf into NaN
   const float r = float(1.0 / std::sqrt(double(x)));
   return 0.5f * r * (3.0f - x * r * r);
 }
@@ -299,16 +305,28 @@ void accumulateInto(Dst dst, int j, int k, double s, double weight) {
   dst(k, j) = v;
 }
 
-// Pair by pair, each sum over all rows.
+void covPairs(const ColSrc<Kels32f>& s, int n, int j, int k0, int cnt, const double* m, double* out) {
+  kernels().covPairs32f(s, n, j, k0, cnt, m, out);
+}
+void covPairs(const ColSrc<Kels16s>& s, int n, int j, int k0, int cnt, const double* m, double* out) {
+  kernels().covPairs16s(s, n, j, k0, cnt, m, out);
+}
+
+// The plain triangle: column j against the columns from j on, every sum over all rows straight
+// from the source, with no scratch beyond the stack.
 template <class Rows, class Src, class Dst>
 void covPlain(Rows src, int n, const Src* mean, Dst dst, int d, double weight) {
-  for (int j = 0; j < d; ++j)
-    for (int k = j; k < d; ++k) {
-      const double mk = double(mean[k]);
-      double s = 0.0;
-      for (int i = 0; i < n; ++i) s += (double(src[i][j]) - mk) * (double(src[i][k]) - mk);
-      accumulateInto(dst, j, k, s, weight);
+  double m[kChunk], s[kChunk];
+  for (int k0 = 0; k0 < d; k0 += kChunk) {
+    const int w = std::min(kChunk, d - k0);
+    for (int c = 0; c < w; ++c) m[c] = double(mean[k0 + c]);
+    // Pairs (j, k) with k in this chunk and j <= k.
+    for (int j = 0; j < k0 + w; ++j) {
+      const int first = std::max(j, k0);
+      covPairs(colSrc(src, 0), n, j, first, k0 + w - first, m + (first - k0), s);
+      for (int k = first; k < k0 + w; ++k) accumulateInto(dst, j, k, s[k - first], weight);
     }
+  }
 }
 
 // Rows in chunks turned into doubles, every sum kept in a scratch matrix and grown in row order by

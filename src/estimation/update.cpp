@@ -154,7 +154,7 @@ inline Kels16s truncSat16s(float r) {
 // How an element is stored: as is, or truncated into 16 bits. Zero-sum elements take the sign
 // of the unnormalised sum: +inf, -inf, NaN (0 or NaN); 32767, -32768, 0 in 16 bits.
 template <class T> struct Store {
-  T operator()(T r) const { return r; }
+  T operator()(T r) const { return std::isnan(r) ? nanValue<T>() : r; }  // one NaN pattern
   T signOf(T t) const { return t > T(0) ? infValue<T>() : t < T(0) ? -infValue<T>() : nanValue<T>(); }
 };
 template <> struct Store<Kels16s> {

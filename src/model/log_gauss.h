@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 #include <kelsr.h>
 
@@ -60,12 +61,32 @@ Acc sumOf(const DistKernels& k, const T* x, const T* mu, const T* w, int n) {
 template <Var V, class T, class Acc>
 struct FloatScore {
   static constexpr Var kVar = V;
+  // Float rows with inverse or identity variances also score four or two rows per pass.
+  static constexpr bool kPairs = std::is_same_v<T, float> && std::is_same_v<Acc, float> && V != Var::kDirect;
   const DistKernels& k;
   Acc g;
   Acc operator()(const T* x, const T* mu, const T* w, int n) const {
     return g - Acc(0.5) * sumOf<V, Acc>(k, x, mu, w, n);
   }
+  void quad(const T* const* x, const T* mu, const T* w, int n, Acc* r) const {
+    float s[4];
+    if constexpr (V == Var::kInv) k.wsd32f4(x, mu, w, n, s);
+    else k.sd32f4(x, mu, n, s);
+    for (int j = 0; j < 4; ++j) r[j] = g - 0.5f * s[j];
+  }
+  void pair(const T* xa, const T* xb, const T* mu, const T* w, int n, Acc* ra, Acc* rb) const {
+    float sa, sb;
+    if constexpr (V == Var::kInv) k.wsd32f2(xa, xb, mu, w, n, &sa, &sb);
+    else k.sd32f2(xa, xb, mu, n, &sa, &sb);
+    *ra = g - 0.5f * sa;
+    *rb = g - 0.5f * sb;
+  }
 };
+
+template <class Score, class = void>
+struct ScoresPairs : std::false_type {};
+template <class Score>
+struct ScoresPairs<Score, std::void_t<decltype(Score::kPairs)>> : std::bool_constant<Score::kPairs> {};
 
 // 16-bit data, float result: g - S/2 * 2^-sf with exact table powers; the IdVar form folds the
 // half into the power, 2^-(sf+1).
@@ -101,11 +122,24 @@ struct IntScore {
 // 2^31 - 1); float results convert the integer sum and add g in float.
 inline bool lowSplitRange(int sf) { return sf >= 0 && sf <= 15; }
 
+// The split sum in chunks the kernels cannot overflow (each term is below 2^45 in magnitude),
+// combined with saturation at +-2^62: only rows longer than kLowChunk can reach it, and there the
+// 32-bit result is saturated anyway.
+constexpr int kLowChunk = 1 << 16;
+constexpr std::int64_t kLowLimit = std::int64_t(1) << 62;
+
 template <Var V>
 std::int64_t lowSum(const DistKernels& k, const std::int16_t* x, const std::int16_t* mu,
                     const std::int16_t* w, int n, int sf) {
-  if constexpr (V == Var::kId) return k.lowSd16s(x, mu, n, sf);
-  else return k.lowWsd16s(x, mu, w, n, sf);
+  std::int64_t s = 0;
+  for (int i = 0; i < n; i += kLowChunk) {
+    const int len = std::min(kLowChunk, n - i);
+    std::int64_t part;
+    if constexpr (V == Var::kId) part = k.lowSd16s(x + i, mu + i, len, sf);
+    else part = k.lowWsd16s(x + i, mu + i, w + i, len, sf);
+    s = std::clamp(s + part, -kLowLimit, kLowLimit);
+  }
+  return s;
 }
 
 template <Var V>
@@ -151,7 +185,15 @@ template <class Rows, class T, class Dst, class Score>
 KelsStatus logGauss(Rows x, const T* mu, const T* w, int n, Dst* dst, int m, const Score& score) {
   if (KelsStatus st = checkLogGauss(x, mu, w, Score::kVar != Var::kId, n, dst, m); st != kelOk)
     return st;  // nothing has been written
-  for (int i = 0; i < m; ++i) dst[i] = score(x[i], mu, w, n);
+  int i = 0;
+  if constexpr (ScoresPairs<Score>::value) {
+    for (; i + 4 <= m; i += 4) {
+      const T* rows[4] = {x[i], x[i + 1], x[i + 2], x[i + 3]};
+      score.quad(rows, mu, w, n, dst + i);
+    }
+    for (; i + 2 <= m; i += 2) score.pair(x[i], x[i + 1], mu, w, n, dst + i, dst + i + 1);
+  }
+  for (; i < m; ++i) dst[i] = score(x[i], mu, w, n);
   return kelOk;
 }
 

@@ -3,7 +3,7 @@
 // reduction tree, so every row gets exactly the bits the single-row kernel gives it. Any of the
 // three operands may be one fixed vector or a set of rows: the same kernel serves one vector
 // against many Gaussians and many vectors against one Gaussian. SIMD targets evaluate several
-// rows per pass; targets without a multi-row version run the single-row kernel row by row.
+// rows per pass; the portable version runs the scalar single-row kernel row by row.
 #pragma once
 
 #include <cstddef>

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <kelsr.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -184,7 +185,7 @@ template <class T>
 void checkWeighted(Ref eps) {
   Rng rng(23);
   for (const Shape& s : kShapes) {
-    auto m = randomBlock<T>(s.n, s.d, s.d + s.extra, s.misalign, rng, -4, 6);
+    auto m = randomBlock<T>(s.n, s.d, s.d + s.extra, s.misalign * sizeof(T) / 4, rng, -4, 6);
     std::vector<T> w(s.n), mean(s.d), var(s.d), mOnly(s.d), vGiven(s.d), given(s.d);
     for (auto& x : w) x = T(rng.uniform(0, 2.0 / s.n));
     for (auto& x : given) x = T(rng.uniform(-1, 1));
@@ -343,6 +344,10 @@ TEST(RecSqrt, ThresholdIsStrictForFloatAndWarnsWhenAllReplaced) {
   EXPECT_EQ(v[1], 1.0f);  // below: the threshold itself
   EXPECT_EQ(v[2], 1.0f);  // equal: the threshold too
   EXPECT_NEAR(v[3], float(1 / std::sqrt(2.0L)), 2e-7f);
+  float inf[2] = {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()};
+  ASSERT_EQ(kelOk, kelsRecSqrt_32f(inf, 2, 1.0f));
+  EXPECT_EQ(inf[0], 0.0f);
+  EXPECT_EQ(inf[1], 1.0f);  // NaN is not above the threshold
   float all[3] = {0.5f, -3.0f, 2.0f};
   EXPECT_EQ(kelWarnDivByZero, kelsRecSqrt_32f_Th(all, 3, 2.0f));
   for (float x : all) EXPECT_EQ(x, 2.0f);
@@ -428,33 +433,41 @@ TEST(AccCovariance, UsesTheSecondColumnsMeanAndAccumulates) {
 // target. The _D2 threshold counts the step, so a wide step pushes the same rows over it.
 TEST(AccCovariance, BlockedPathMatchesPlainBitForBit) {
   Rng rng(41);
-  for (int d : {1, 3, 8, 13, 39, 70}) {
+  for (int d : {1, 3, 8, 13, 39, 70, 300}) {
     const int n = 140000 / (d * 40) + 1;
+    ASSERT_LT(std::int64_t(n) * d * 2, 134000);
+    ASSERT_GE(std::int64_t(n) * d * 40, 140000);
     auto m = randomBlock<float>(n, d, d * 40, 4, rng, -5, 5);
+    auto h = randomBlock<Kels16s>(n * 2, d, d * 40, 2, rng, -3000, 3000);
     std::vector<float> mean(d);
     for (auto& x : mean) x = float(rng.uniform(-1, 1));
-    std::vector<double> plain(std::size_t(d) * d, 0.25);
-    std::vector<double*> rows;
-    for (int j = 0; j < d; ++j) rows.push_back(plain.data() + std::size_t(j) * d);
-    ASSERT_LT(std::int64_t(n) * d, 134000);
-    ASSERT_GE(std::int64_t(n) * d * 40, 140000);
-    ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2L(m.constRowTable(), n, mean.data(), rows.data(), d, 0.75));
-    forEachTarget([&](Target t) {
-      std::vector<double> tiled(std::size_t(d) * d, 0.25);
-      ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2(m.base(), m.step(), n, mean.data(), tiled.data(), d, d, 0.75));
-      EXPECT_EQ(0, std::memcmp(plain.data(), tiled.data(), plain.size() * sizeof(double))) << d << " " << targetName(t);
-    });
-    auto h = randomBlock<Kels16s>(n * 2, d, d * 40, 2, rng, -3000, 3000);
     std::vector<Kels16s> hm(d, 7);
-    std::vector<double> hp(std::size_t(d) * d, 0.0);
-    std::vector<double*> hrows;
-    for (int j = 0; j < d; ++j) hrows.push_back(hp.data() + std::size_t(j) * d);
-    ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2L(h.constRowTable(), n * 2, hm.data(), hrows.data(), d, 1.0));
+    auto run = [&] {  // plain (row tables, below the thresholds) and tiled (_D2, above them)
+      std::vector<double> out(4 * std::size_t(d) * d, 0.25);
+      std::vector<double*> rows, hrows;
+      for (int j = 0; j < d; ++j) {
+        rows.push_back(out.data() + std::size_t(j) * d);
+        hrows.push_back(out.data() + std::size_t(d + j) * d);
+      }
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2L(m.constRowTable(), n, mean.data(), rows.data(), d, 0.75));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2L(h.constRowTable(), n * 2, hm.data(), hrows.data(), d, 1.0));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_32f64f_D2(m.base(), m.step(), n, mean.data(), &out[2 * std::size_t(d) * d], d, d, 0.75));
+      EXPECT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2(h.base(), h.step(), n * 2, hm.data(), &out[3 * std::size_t(d) * d], d, d, 1.0));
+      return out;
+    };
+    std::vector<double> scalar;
     forEachTarget([&](Target t) {
-      std::vector<double> tiled(std::size_t(d) * d, 0.0);
-      ASSERT_EQ(kelOk, kelsAccCovarianceMatrix_16s64f_D2(h.base(), h.step(), n * 2, hm.data(), tiled.data(), d, d, 1.0));
-      EXPECT_EQ(hp, tiled) << d << " " << targetName(t);
+      const auto out = run();
+      const std::size_t dd = std::size_t(d) * d;
+      EXPECT_EQ(0, std::memcmp(&out[0], &out[2 * dd], dd * sizeof(double))) << d << " " << targetName(t);
+      EXPECT_EQ(0, std::memcmp(&out[dd], &out[3 * dd], dd * sizeof(double))) << d << " " << targetName(t);
+      if (t == Target::kScalar) scalar = out;
+      else EXPECT_EQ(0, std::memcmp(scalar.data(), out.data(), out.size() * sizeof(double))) << d << " " << targetName(t);
     });
+    const auto ref = refCov(m, mean, d);
+    for (int j = 0; j < d; ++j)
+      for (int k = 0; k < d; ++k)
+        EXPECT_NEAR(scalar[std::size_t(j) * d + k], double(0.25L + 0.75L * ref[std::size_t(j) * d + k]), 1e-9 * n);
   }
 }
 
@@ -467,19 +480,26 @@ TEST(ColumnKernels, EveryTargetGivesTheScalarBits) {
       const int n = 2 + d % 13;
       auto f = randomBlock<float>(n, d, d + int(mis / 4), mis, rng, -9, 9);
       auto h = randomBlock<Kels16s>(n, d, d + 1, mis / 2, rng, -20000, 20000);
-      auto g = randomBlock<double>(n, d, d + 1, mis, rng, -9, 9);
+      auto g = randomBlock<double>(n, d, d + 1, mis * 2, rng, -9, 9);
       std::vector<float> wf(n);
       std::vector<double> wd(n);
       for (int i = 0; i < n; ++i) wf[i] = float(wd[i] = rng.uniform(0, 1));
       auto run = [&] {
-        std::vector<float> out(6 * d);
-        std::vector<double> outd(2 * d);
-        std::vector<Kels32s> outi(2 * d);
+        std::vector<float> out(9 * d);
+        std::vector<double> outd(3 * d);
+        std::vector<Kels32s> outi(3 * d);
+        std::vector<Kels16s> given(d, 3), vars16(d);
         kelsMeanVarColumn_32f_D2(f.base(), n, f.step(), &out[0], &out[d], d);
         kelsWeightedMeanVarColumn_32f_D2(f.base(), f.step(), wf.data(), n, &out[2 * d], &out[3 * d], d);
         kelsSumMeanVar_16s32f(h.base(), h.step(), n, &out[4 * d], &out[5 * d], d);
+        kelsMeanColumn_32f_D2(f.base(), n, f.step(), &out[6 * d], d);  // sums only
+        kelsVarColumn_32f_D2(f.base(), n, f.step(), &out[0], &out[7 * d], d);  // squares only
+        kelsWeightedMeanColumn_32f_D2(f.base(), f.step(), wf.data(), n, &out[8 * d], d);
         kelsWeightedMeanVarColumn_64f_D2(g.base(), g.step(), wd.data(), n, &outd[0], &outd[d], d);
+        kelsWeightedVarColumn_64f_D2(g.base(), g.step(), wd.data(), n, &outd[0], &outd[2 * d], d);
         kelsMeanVarColumn_16s32s_D2Sfs(h.base(), n, h.step(), &outi[0], &outi[d], d, 2);
+        kelsVarColumn_16s_D2Sfs(h.base(), n, h.step(), given.data(), vars16.data(), d, 4);
+        std::copy(vars16.begin(), vars16.end(), outi.begin() + 2 * d);
         std::vector<unsigned char> bytes(out.size() * 4 + outd.size() * 8 + outi.size() * 4);
         std::memcpy(bytes.data(), out.data(), out.size() * 4);
         std::memcpy(bytes.data() + out.size() * 4, outd.data(), outd.size() * 8);
@@ -507,7 +527,7 @@ struct Call {
 };
 
 TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
-  std::vector<float> block(40, 1.0f);
+  std::vector<float> block(44, 1.0f);
   const float* rows[4] = {&block[0], &block[10], &block[20], &block[30]};
   Canary<float> a(10), b(10);
   const float w[4] = {1, 1, 1, 1};
@@ -517,9 +537,10 @@ TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
   auto meanVarL = [&](Call c) { return kelsMeanVarColumn_32f_D2L(c.rows, c.n, c.out1, c.out2, c.d); };
   auto wmean = [&](Call c) { return kelsWeightedMeanColumn_32f_D2(c.src, c.step, w, c.n, c.out1, c.d); };
   auto sums = [&](Call c) { return kelsSumMeanVar_32f(c.src, c.step, c.n, c.out1, c.out2, c.d); };
+  const float means[11] = {};
   auto cov = [&](Call c) {
-    double dst[100];
-    return kelsAccCovarianceMatrix_32f64f_D2(c.src, c.step, c.n, c.out2 ? w : nullptr, dst, c.d, 10, 1.0);
+    double dst[110];
+    return kelsAccCovarianceMatrix_32f64f_D2(c.src, c.step, c.n, c.out2 ? means : nullptr, dst, c.d, 10, 1.0);
   };
   struct Row {
     const char* what;
@@ -557,7 +578,7 @@ TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
       {"sums: null before size", sums, nullN0, kelErrNullPtr},
       {"cov: null means", cov, nullOut2, kelErrNullPtr},
       {"cov: size before step", cov, shortStepN0, kelErrSize},
-      {"cov: short destination step", cov, [](Call& c) { c.d = 10; c.step = 10; c.n = 4; }, kelOk},
+      {"cov: destination step equal to width", cov, [](Call& c) { c.d = 10; c.step = 10; c.n = 4; }, kelOk},
       {"cov: destination step below width", cov, [](Call& c) { c.d = 11; c.step = 11; c.n = 3; }, kelErrStep},
   };
   for (const Row& r : table) {

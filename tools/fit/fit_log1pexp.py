@@ -2,9 +2,10 @@
 """Fits the degree-ten polynomials of the log-add correction log(1 + e^d) on the three intervals
 of d (split at -6.8 and -2.55, from the drop threshold up to 0) and writes them as a C++ header.
 
-Each interval gets the Chebyshev interpolant at 64 Chebyshev points of the second kind, refined
-by a few Remez-style reweightings toward equal ripple, then turned into power-series
-coefficients in t = d - centre (Horner's rule in the library). The float set is the double set
+Each interval gets a weighted least-squares Chebyshev fit on 400 Chebyshev-distributed points,
+reweighted eight times (Lawson's iteration) toward the equal-ripple minimax fit, then turned into
+power-series coefficients in t = d - centre (Horner's rule in the library). The maximum errors
+of the double and the float evaluation are printed per interval. The float set is the double set
 rounded to nearest. Deterministic: the same numpy gives the same header byte for byte.
 
 Usage: fit_log1pexp.py [out.h]      (default: src/model/kernels/logadd_coeffs.h)

@@ -43,8 +43,14 @@ struct Lane64 {
   using F = double;
   using R = double;
   static constexpr int L = 1;
+  static R zero() { return 0.0; }
   static R load(const double* p) { return *p; }
+  static R load(const Kels32f* p) { return double(*p); }
+  static R load(const Kels16s* p) { return double(*p); }
+  template <class S>
+  static R loadN(const S* p, int) { return load(p); }  // one lane: never partial
   static void store(double* p, R r) { *p = r; }
+  static void storeN(double* p, R r, int) { *p = r; }
   static R set1(double v) { return v; }
   static R add(R a, R b) { return a + b; }
   static R sub(R a, R b) { return a - b; }
@@ -54,7 +60,8 @@ struct Lane64 {
 }  // namespace
 
 const Kernels kScalarKernels{&momentsScalar<Kels32f, Kels32f>, &moments16sScalar,
-                             &momentsScalar<Kels64f, Kels64f>, &covChunkT<Lane64, 4, 4>};
+                             &momentsScalar<Kels64f, Kels64f>, &covChunkT<Lane64, 4, 4>,
+                             &covPairsT<Lane64, Kels32f>, &covPairsT<Lane64, Kels16s>};
 
 const Kernels& kernelsFor(Target t) {
 #if defined(KELSR_X86)

@@ -38,6 +38,13 @@ struct Kernels {
   // kCovPad, zero padded); elements with k < j or k >= d hold scratch values.
   void (*covChunk)(const Kels64f* x, const Kels64f* dev, int rows, int dpad, int d,
                    const Kels64f* m, Kels64f* s);
+  // Covariance sums of column j against columns k0..k0+cnt-1 over all rows, straight from the
+  // source: out(c) = sum (x(i,j) - m(c)) * (x(i,k) - m(c)), k = k0 + c; m holds those columns'
+  // means in double.
+  void (*covPairs32f)(const ColSrc<Kels32f>& src, int n, int j, int k0, int cnt,
+                      const Kels64f* m, Kels64f* out);
+  void (*covPairs16s)(const ColSrc<Kels16s>& src, int n, int j, int k0, int cnt,
+                      const Kels64f* m, Kels64f* out);
 };
 
 extern const Kernels kScalarKernels;

@@ -46,6 +46,18 @@ struct F64x4 {
   static R set1(double v) { return _mm256_set1_pd(v); }
   static R load(const double* p) { return _mm256_loadu_pd(p); }
   static R loadN(const double* p, int n) { return _mm256_maskload_pd(p, mask(n)); }
+  static R load(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
+  static R loadN(const float* p, int n) {
+    return _mm256_cvtps_pd(_mm_maskload_ps(p, _mm_loadu_si128(reinterpret_cast<const __m128i*>(kMask32 + 8 - n))));
+  }
+  static R load(const Kels16s* p) {
+    return _mm256_cvtepi32_pd(_mm_cvtepi16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
+  static R loadN(const Kels16s* p, int n) {
+    Kels16s tmp[L] = {};
+    std::memcpy(tmp, p, std::size_t(n) * sizeof(Kels16s));
+    return load(tmp);
+  }
   static void store(double* p, R r) { _mm256_storeu_pd(p, r); }
   static void storeN(double* p, R r, int n) { _mm256_maskstore_pd(p, mask(n), r); }
   static R add(R a, R b) { return _mm256_add_pd(a, b); }

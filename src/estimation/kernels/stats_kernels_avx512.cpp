@@ -37,6 +37,13 @@ struct F64x8 {
   static R set1(double v) { return _mm512_set1_pd(v); }
   static R load(const double* p) { return _mm512_loadu_pd(p); }
   static R loadN(const double* p, int n) { return _mm512_maskz_loadu_pd(mask(n), p); }
+  static R load(const float* p) { return _mm512_maskz_cvtps_pd(0xFF, _mm256_loadu_ps(p)); }
+  static R loadN(const float* p, int n) {
+    return _mm512_maskz_cvtps_pd(0xFF, _mm256_maskz_loadu_ps(mask(n), p));
+  }
+  static R widen(__m128i v) { return _mm512_maskz_cvtepi32_pd(0xFF, _mm256_cvtepi16_epi32(v)); }
+  static R load(const Kels16s* p) { return widen(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))); }
+  static R loadN(const Kels16s* p, int n) { return widen(_mm_maskz_loadu_epi16(mask(n), p)); }
   static void store(double* p, R r) { _mm512_storeu_pd(p, r); }
   static void storeN(double* p, R r, int n) { _mm512_mask_storeu_pd(p, mask(n), r); }
   static R add(R a, R b) { return _mm512_add_pd(a, b); }

@@ -49,6 +49,12 @@ struct F64x2 {
   static R set1(double v) { return _mm_set1_pd(v); }
   static R load(const double* p) { return _mm_loadu_pd(p); }
   static R loadN(const double* p, int) { return _mm_load_sd(p); }  // n is 1 here
+  static R load(const float* p) {
+    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
+  static R loadN(const float* p, int) { return _mm_cvtps_pd(_mm_load_ss(p)); }
+  static R load(const Kels16s* p) { return _mm_set_pd(double(p[1]), double(p[0])); }
+  static R loadN(const Kels16s* p, int) { return _mm_set_pd(0.0, double(p[0])); }
   static void store(double* p, R r) { _mm_storeu_pd(p, r); }
   static void storeN(double* p, R r, int) { _mm_store_sd(p, r); }
   static R add(R a, R b) { return _mm_add_pd(a, b); }

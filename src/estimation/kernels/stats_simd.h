@@ -138,10 +138,57 @@ void covChunkT(const double* x, const double* dev, int rows, int dpad, int d, co
   }
 }
 
+// Column j against NV (+ a partial) vectors of columns k, every row read from the source.
+template <class V, class S, int NV, bool kTail>
+void covPairGroup(const ColSrc<S>& src, int n, int j, int k0, int tail, const double* m, double* out) {
+  using R = typename V::R;
+  constexpr int L = V::L, NR = NV + (kTail ? 1 : 0);
+  R acc[NR], mk[NR];
+  for (int b = 0; b < NR; ++b) {
+    mk[b] = (kTail && b == NV) ? V::loadN(m + b * L, tail) : V::load(m + b * L);
+    acc[b] = V::zero();
+  }
+  for (int i = 0; i < n; ++i) {
+    const S* p = src.row(i);
+    const R xj = V::set1(double(p[j]));
+    for (int b = 0; b < NR; ++b) {
+      const R xk = (kTail && b == NV) ? V::loadN(p + k0 + b * L, tail) : V::load(p + k0 + b * L);
+      acc[b] = V::add(acc[b], V::mul(V::sub(xj, mk[b]), V::sub(xk, mk[b])));
+    }
+  }
+  for (int b = 0; b < NR; ++b)
+    (kTail && b == NV) ? V::storeN(out + b * L, acc[b], tail) : V::store(out + b * L, acc[b]);
+}
+
+template <class V, class S>
+void covPairsT(const ColSrc<S>& src, int n, int j, int k0, int cnt, const double* m, double* out) {
+  constexpr int L = V::L, G = 4;
+  int nvec = cnt / L;
+  const int tail = cnt % L;
+  for (; nvec > G || (nvec == G && tail == 0); nvec -= G, k0 += G * L, m += G * L, out += G * L)
+    covPairGroup<V, S, G, false>(src, n, j, k0, 0, m, out);
+  if (tail == 0) {
+    switch (nvec) {
+      case 3: covPairGroup<V, S, 3, false>(src, n, j, k0, 0, m, out); break;
+      case 2: covPairGroup<V, S, 2, false>(src, n, j, k0, 0, m, out); break;
+      case 1: covPairGroup<V, S, 1, false>(src, n, j, k0, 0, m, out); break;
+      default: break;
+    }
+    return;
+  }
+  switch (nvec) {
+    case 4: covPairGroup<V, S, 4, true>(src, n, j, k0, tail, m, out); break;
+    case 3: covPairGroup<V, S, 3, true>(src, n, j, k0, tail, m, out); break;
+    case 2: covPairGroup<V, S, 2, true>(src, n, j, k0, tail, m, out); break;
+    case 1: covPairGroup<V, S, 1, true>(src, n, j, k0, tail, m, out); break;
+    default: covPairGroup<V, S, 0, true>(src, n, j, k0, tail, m, out); break;
+  }
+}
+
 template <class VF, class VD, int JB, int KV>
 constexpr Kernels makeKernels() {
   return Kernels{&momentsW<VF, Kels32f>, &moments16sT<VF>, &momentsW<VD, Kels64f>,
-                 &covChunkT<VD, JB, KV>};
+                 &covChunkT<VD, JB, KV>, &covPairsT<VD, Kels32f>, &covPairsT<VD, Kels16s>};
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 //   dvd*   sum (x_i - mu_i)^2 / v_i      (v: variances)
 // Types: 32f sums in float, 64f in double, 32f64f reads floats and sums in double, 16s forms each
 // difference exactly in integers, converts it to float and sums in float.
+// The pair and quad kernels score two or four rows at once (wider registers hold both), with the same bits.
 // Every float sum keeps 8 partial sums (element i goes to lane i % 8), every double sum 4, each
 // lane summed in index order and the lanes reduced by one fixed tree; each term is
 // (d * d) * w (or (d * d) / v). So every target returns the same bits on any alignment.
@@ -13,7 +14,8 @@
 // difference is squared, the square split into its high 16 bits and its low 16 bits halved, each
 // half multiplied by w as 16 x 16 -> 32-bit products, the high products scaled up by 15 - sf and
 // the low ones down by sf (arithmetic shift, rounding toward -inf), summed exactly in 64 bits.
-// The result approximates S/2 * 2^-sf; the score is g minus it.
+// The result approximates S/2 * 2^-sf; the score is g minus it. Each term is below 2^45 in
+// magnitude, so rows up to 2^16 elements cannot overflow; callers split longer rows.
 //
 // One table per target; distKernels() returns the active target's (pinned in tests, else the
 // best this processor has). The signatures are stable: new kernels are added at the end.
@@ -45,6 +47,14 @@ struct DistKernels {
   std::int64_t (*lowWsd16s)(const std::int16_t* x, const std::int16_t* mu, const std::int16_t* w,
                             int n, int sf);
   std::int64_t (*lowSd16s)(const std::int16_t* x, const std::int16_t* mu, int n, int sf);
+
+  // Two rows against the same mean and weights: *sa, *sb get exactly wsd32f / sd32f of xa, xb.
+  void (*wsd32f2)(const float* xa, const float* xb, const float* mu, const float* w, int n, float* sa,
+                  float* sb);
+  void (*sd32f2)(const float* xa, const float* xb, const float* mu, int n, float* sa, float* sb);
+  // Four rows: s[r] gets exactly wsd32f / sd32f of x[r].
+  void (*wsd32f4)(const float* const* x, const float* mu, const float* w, int n, float* s);
+  void (*sd32f4)(const float* const* x, const float* mu, int n, float* s);
 };
 
 const DistKernels& distKernels(Target t);

@@ -45,7 +45,9 @@ struct Load64f {
   static __m128d hi(const double* p) { return _mm_loadu_pd(p + 2); }
 };
 struct Load32f64f {
-  static __m128d lo(const float* p) { return _mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)))); }
+  static __m128d lo(const float* p) {  // two floats, any alignment
+    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
   static __m128d hi(const float* p) { return lo(p + 2); }
 };
 template <class Form, class L, class T, class Term>
@@ -140,7 +142,8 @@ std::int64_t lowSd16s(const std::int16_t* x, const std::int16_t* mu, int n, int 
 
 const DistKernels& distKernelsSse2() {
   static constexpr DistKernels k{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
-                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s};
+                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s, pairOf<wsd32f>, pairOf<sd32f>,
+      quadOf<wsd32f>, quadOf<sd32f>};
   return k;
 }
 

@@ -32,68 +32,97 @@ struct Tables32 {
   }
 };
 
-// The float result of 16 lanes, given the correction evaluator.
-template <class Corr>
-inline __m512 logAdd16(__m512 a, __m512 b, Corr corr) {
-  const __mmask16 gt = _mm512_cmp_ps_mask(a, b, _CMP_GT_OQ);
-  const __m512 hi = _mm512_mask_blend_ps(gt, b, a), lo = _mm512_mask_blend_ps(gt, a, b);
-  const __m512 d = _mm512_sub_ps(lo, hi);
-  const __m512i one = _mm512_set1_epi32(1);
-  __m512i idx = _mm512_maskz_mov_epi32(_mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitLow), _CMP_GE_OQ), one);
-  idx = _mm512_mask_add_epi32(idx, _mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
-  __m512 r = corr(hi, d, idx);
-  const __mmask16 drop = _mm512_cmp_ps_mask(d, _mm512_set1_ps(kDrop32f), _CMP_LT_OQ);
-  r = _mm512_mask_mov_ps(r, drop, _mm512_max_ps(hi, _mm512_set1_ps(kLogZero32f)));
-  return _mm512_mask_mov_ps(r, _mm512_cmp_ps_mask(d, d, _CMP_UNORD_Q), _mm512_add_ps(a, b));
-}
-
-// hi + correction in double: 8 lanes at a time.
-inline __m256 corr64Half(const Tables64& tb, __m256 hi, __m256 d, __m256i idx) {
-  const __m512i k = _mm512_cvtepi32_epi64(idx);
-  const __m512d t = _mm512_sub_pd(_mm512_cvtps_pd(d), _mm512_permutexvar_pd(k, tb.centre));
-  __m512d p = _mm512_permutexvar_pd(k, tb.coef[logadd::kDegree]);
-  for (int j = logadd::kDegree - 1; j >= 0; --j)
-    p = _mm512_add_pd(_mm512_mul_pd(p, t), _mm512_permutexvar_pd(k, tb.coef[j]));
-  return _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(hi), p));
-}
-
-// Accurate path: 8 lanes per pass, the float side in 256-bit registers so the double side needs
-// no lane extraction.
-inline __m256 logAdd8(const Tables64& tb, __m256 a, __m256 b) {
-  const __mmask8 gt = _mm256_cmp_ps_mask(a, b, _CMP_GT_OQ);
-  const __m256 hi = _mm256_mask_blend_ps(gt, b, a), lo = _mm256_mask_blend_ps(gt, a, b);
-  const __m256 d = _mm256_sub_ps(lo, hi);
-  const __m256i one = _mm256_set1_epi32(1);
-  __m256i idx = _mm256_maskz_mov_epi32(_mm256_cmp_ps_mask(d, _mm256_set1_ps(kSplitLow), _CMP_GE_OQ), one);
-  idx = _mm256_mask_add_epi32(idx, _mm256_cmp_ps_mask(d, _mm256_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
-  __m256 r = corr64Half(tb, hi, d, idx);
-  const __mmask8 drop = _mm256_cmp_ps_mask(d, _mm256_set1_ps(kDrop32f), _CMP_LT_OQ);
-  r = _mm256_mask_mov_ps(r, drop, _mm256_max_ps(hi, _mm256_set1_ps(kLogZero32f)));
-  return _mm256_mask_mov_ps(r, _mm256_cmp_ps_mask(d, d, _CMP_UNORD_Q), _mm256_add_ps(a, b));
-}
-
-void addRow(const float* a, float* b, int n) {
-  const Tables64 tb;
-  for (int i = 0; i < n; i += 8) {
-    const __mmask8 m = __mmask8(tailMask(n - i));
-    _mm256_mask_storeu_ps(b + i, m, logAdd8(tb, _mm256_maskz_loadu_ps(m, a + i), _mm256_maskz_loadu_ps(m, b + i)));
+// The lanes' common steps: ordering, d = lo - hi, the interval number; and the final choice
+// between the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
+struct Lanes16 {
+  __m512 a, b, hi, d;
+  __m512i idx;
+  void prepare(__m512 va, __m512 vb) {
+    a = va;
+    b = vb;
+    const __mmask16 gt = _mm512_cmp_ps_mask(a, b, _CMP_GT_OQ);
+    hi = _mm512_mask_blend_ps(gt, b, a);
+    d = _mm512_sub_ps(_mm512_mask_blend_ps(gt, a, b), hi);
+    const __m512i one = _mm512_set1_epi32(1);
+    idx = _mm512_maskz_mov_epi32(_mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitLow), _CMP_GE_OQ), one);
+    idx = _mm512_mask_add_epi32(idx, _mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
   }
-}
+  __m512 finish(__m512 r) const {
+    const __mmask16 drop = _mm512_cmp_ps_mask(d, _mm512_set1_ps(kDrop32f), _CMP_LT_OQ);
+    r = _mm512_mask_mov_ps(r, drop, _mm512_max_ps(hi, _mm512_set1_ps(kLogZero32f)));
+    return _mm512_mask_mov_ps(r, _mm512_cmp_ps_mask(d, d, _CMP_UNORD_Q), _mm512_add_ps(a, b));
+  }
+};
 
-void addRowFast(const float* a, float* b, int n) {
-  const Tables32 tb;
-  auto corr = [&](__m512 hi, __m512 d, __m512i idx) {
-    const __m512 t = _mm512_sub_ps(d, _mm512_permutexvar_ps(idx, tb.centre));
-    __m512 p = _mm512_permutexvar_ps(idx, tb.coef[logadd::kDegree]);
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
-      p = _mm512_add_ps(_mm512_mul_ps(p, t), _mm512_permutexvar_ps(idx, tb.coef[j]));
-    return _mm512_add_ps(hi, p);
-  };
-  for (int i = 0; i < n; i += 16) {
+// kU groups of 16 lanes per pass with their Horner steps interleaved: each chain is serial, so
+// the processor needs several in flight. The last groups run one at a time, masked.
+template <int kU, class Corr>
+void addRowGroups(const float* a, float* b, int n, Corr corr) {
+  int i = 0;
+  for (; i + 16 * kU <= n; i += 16 * kU) {
+    Lanes16 l[kU];
+    __m512 r[kU];
+    for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
+    corr.template run<kU>(l, r);
+    for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
+  }
+  for (; i < n; i += 16) {
     const __mmask16 m = tailMask(n - i);
-    _mm512_mask_storeu_ps(b + i, m, logAdd16(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i), corr));
+    Lanes16 l[1];
+    __m512 r[1];
+    l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
+    corr.template run<1>(l, r);
+    _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
   }
 }
+
+inline __m256 lower(__m512 v) { return _mm512_castps512_ps256(v); }
+inline __m256 upper(__m512 v) { return _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v), 1)); }
+
+// hi + correction in double, 8 lanes per register, 2 kU registers interleaved.
+struct Corr64 {
+  Tables64 tb;
+  template <int kU>
+  void run(const Lanes16* l, __m512* r) const {
+    constexpr int kN = 2 * kU;
+    __m512i k[kN];
+    __m512d t[kN], p[kN];
+    for (int v = 0; v < kN; ++v) {
+      const Lanes16& g = l[v / 2];
+      const __m256 d = v % 2 ? upper(g.d) : lower(g.d);
+      k[v] = _mm512_cvtepi32_epi64(v % 2 ? _mm512_extracti64x4_epi64(g.idx, 1) : _mm512_castsi512_si256(g.idx));
+      t[v] = _mm512_sub_pd(_mm512_cvtps_pd(d), _mm512_permutexvar_pd(k[v], tb.centre));
+      p[v] = _mm512_permutexvar_pd(k[v], tb.coef[logadd::kDegree]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j)
+      for (int v = 0; v < kN; ++v) p[v] = _mm512_add_pd(_mm512_mul_pd(p[v], t[v]), _mm512_permutexvar_pd(k[v], tb.coef[j]));
+    for (int u = 0; u < kU; ++u) {
+      const __m256 lo = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(lower(l[u].hi)), p[2 * u]));
+      const __m256 up = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(upper(l[u].hi)), p[2 * u + 1]));
+      r[u] = _mm512_insertf32x8(_mm512_castps256_ps512(lo), up, 1);
+    }
+  }
+};
+
+// hi + correction in float, 16 lanes per register.
+struct Corr32 {
+  Tables32 tb;
+  template <int kU>
+  void run(const Lanes16* l, __m512* r) const {
+    __m512 t[kU], p[kU];
+    for (int u = 0; u < kU; ++u) {
+      t[u] = _mm512_sub_ps(l[u].d, _mm512_permutexvar_ps(l[u].idx, tb.centre));
+      p[u] = _mm512_permutexvar_ps(l[u].idx, tb.coef[logadd::kDegree]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j)
+      for (int u = 0; u < kU; ++u)
+        p[u] = _mm512_add_ps(_mm512_mul_ps(p[u], t[u]), _mm512_permutexvar_ps(l[u].idx, tb.coef[j]));
+    for (int u = 0; u < kU; ++u) r[u] = _mm512_add_ps(l[u].hi, p[u]);
+  }
+};
+
+void addRow(const float* a, float* b, int n) { addRowGroups<2>(a, b, n, Corr64{}); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<4>(a, b, n, Corr32{}); }
 
 // e^d for 8 lanes, the arithmetic of expNeg.
 inline __m512d expNeg8(__m512d d) {
