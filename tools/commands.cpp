@@ -68,8 +68,11 @@ std::function<void(const std::string&)> number(const std::string& name, T* out, 
     char* end = nullptr;
     const double d = std::strtod(v.c_str(), &end);
     if (v.empty() || *end != '\0' || !std::isfinite(d) || d < lo || d > hi)
-      throw UsageError(name + " takes a number in " + std::to_string(lo) + " .. " +
-                       std::to_string(hi) + ", not '" + v + "'");
+    {
+      char range[64];
+      std::snprintf(range, sizeof range, "%g .. %g", lo, hi);
+      throw UsageError(name + " takes a number in " + range + ", not '" + v + "'");
+    }
     if constexpr (std::is_integral_v<T>) {
       if (d != std::floor(d)) throw UsageError(name + " takes a whole number, not '" + v + "'");
     }
