@@ -14,7 +14,6 @@
 #include <string>
 
 #include "error.h"
-#include "have.h"
 
 namespace kels::tool {
 namespace {
@@ -22,7 +21,7 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 constexpr float kLogFloor = FLT_EPSILON;  // energies are floored here before the log, as Kaldi does
 
-[[maybe_unused]] double melScale(double hz) { return 1127.0 * std::log(1.0 + hz / 700.0); }
+double melScale(double hz) { return 1127.0 * std::log(1.0 + hz / 700.0); }
 
 std::vector<float> makeWindow(const std::string& name, int n) {
   std::vector<float> w(std::size_t(n), 1.0f);
@@ -40,7 +39,6 @@ std::vector<float> makeWindow(const std::string& name, int n) {
   return w;
 }
 
-#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
 struct Tables {
   std::vector<unsigned char> fftMem;
   const KelsFFTSpec_R_32f* fft = nullptr;
@@ -120,7 +118,6 @@ const Tables& tablesFor(const FeatureOptions& o, int rate, int fftLen, int order
   if (!slot) slot = buildTables(o, rate, fftLen, order, high);
   return *slot;
 }
-#endif
 
 }  // namespace
 
@@ -173,16 +170,10 @@ Frontend::Frontend(const FeatureOptions& opts, int sampleRate) : o_(opts), rate_
   mel_.assign(std::size_t(o_.numBins), 0.0f);
   ceps_.assign(std::size_t(o_.numCeps), 0.0f);
 
-#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
   const Tables& t = tablesFor(o_, rate_, fftLen_, order_, high);
   fft_ = t.fft;
   bank_ = t.bank;
   dct_ = t.dct;
-#else
-  (void)high;
-  throw Error("feature extraction needs the library's FFT, filter-bank and DCT functions, "
-              "which this build of libkelsr does not have yet");
-#endif
 }
 
 std::size_t Frontend::numFrames(std::size_t count) const {
@@ -230,7 +221,6 @@ void Frontend::processFrame(const float* x, float* out) {
   for (i = 1; i < n; ++i) f[i] = (d[i] - p * d[i - 1]) * w[i];
   for (int i = n; i < fftLen_; ++i) f[i] = 0.0f;
 
-#if KELS_HAVE_FFT && KELS_HAVE_FBANK && KELS_HAVE_DCT
   check(kelsFFTFwd_RToPack_32f(f, f, fft_), "kelsFFTFwd_RToPack_32f");
   check(kelsPowerSpectrum_Pack_32f(f, power_.data(), fftLen_), "kelsPowerSpectrum_Pack_32f");
   if (!o_.usePower)
@@ -249,10 +239,6 @@ void Frontend::processFrame(const float* x, float* out) {
   const int q = o_.numCeps - 1;
   out[0] = o_.useEnergy ? logEnergy : ceps_[std::size_t(q)];
   for (int i = 0; i < q; ++i) out[i + 1] = ceps_[std::size_t(i)];
-#else
-  (void)out;
-  (void)logEnergy;
-#endif
 }
 
 Matrix addDeltas(const Matrix& m, int order, int window) {
@@ -266,20 +252,14 @@ Matrix addDeltas(const Matrix& m, int order, int window) {
   double norm = 0.0;
   for (int tau = 1; tau <= w; ++tau) norm += 2.0 * tau * tau;
   const float scale = float(1.0 / norm);
-#if KELS_HAVE_DELTA
   for (int k = 0; k < order; ++k)
     check(kelsEvalDelta_32f_D2(d.data.data(), d.rows, cols, base, k * base, w, scale),
           "kelsEvalDelta_32f_D2");
-#else
-  (void)scale;
-  throw Error("deltas need the library's kelsEvalDelta_32f_D2, which this build does not have yet");
-#endif
   return d;
 }
 
 void normalizeMeanVar(Matrix& m) {
   if (m.rows == 0) return;
-#if KELS_HAVE_STATS && KELS_HAVE_NORMALIZE
   std::vector<float> mean(std::size_t(m.cols)), scale(std::size_t(m.cols), 1.0f);
   if (m.rows >= 2) {
     check(kelsMeanVarColumn_32f_D2(m.data.data(), m.rows, m.cols, mean.data(), scale.data(), m.cols),
@@ -292,10 +272,6 @@ void normalizeMeanVar(Matrix& m) {
   }
   check(kelsNormalizeColumn_32f_D2(m.data.data(), m.cols, m.rows, mean.data(), scale.data(), m.cols),
         "kelsNormalizeColumn_32f_D2");
-#else
-  throw Error("--cmvn needs the library's column statistics and kelsNormalizeColumn_32f_D2, "
-              "which this build does not have yet");
-#endif
 }
 
 }  // namespace kels::tool

@@ -13,7 +13,6 @@
 #include <thread>
 
 #include "error.h"
-#include "have.h"
 
 namespace kels::tool {
 namespace {
@@ -26,7 +25,7 @@ struct Work {
   std::vector<double> weights, means, vars, gconsts;
 };
 
-[[maybe_unused]] Gmm toGmm(const Work& w) {
+Gmm toGmm(const Work& w) {
   Gmm g;
   g.dim = w.dim;
   g.comps = w.comps;
@@ -144,14 +143,10 @@ std::vector<float> scoreFrames(const Gmm& g, const Matrix& feats) {
     throw Error("features have " + std::to_string(feats.cols) + " columns, the model " +
                 std::to_string(g.dim));
   std::vector<float> out(std::size_t(feats.rows));
-#if KELS_HAVE_MIXTURE
   for (int t = 0; t < feats.rows; ++t)
     check(kelsLogGaussMixture_32f_D2(feats.row(t), g.means.data(), g.ivars.data(), g.comps, g.dim,
                                      g.dim, g.constants.data(), &out[std::size_t(t)]),
           "kelsLogGaussMixture_32f_D2");
-#else
-  throw Error("scoring needs the library's mixture functions, which this build does not have yet");
-#endif
   return out;
 }
 
@@ -168,7 +163,6 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
   if (o.components < 1) throw Error("--components must be at least 1");
   if (frames < o.components) throw Error("fewer frames than components");
   if (rep) rep->frames = frames;
-#if KELS_HAVE_STATS && KELS_HAVE_UPDATE && KELS_HAVE_MIXTURE
   // Pool the frames once: the statistics and the threads want one block.
   Matrix all(int(frames), dim);
   {
@@ -273,7 +267,6 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
       *log << buf << std::flush;
     }
     if (w.comps >= o.components) break;
-#if KELS_HAVE_SPLIT
     // Split the heaviest components, at most doubling the mixture per step.
     const int grow = std::min(w.comps, o.components - w.comps);
     std::vector<int> order(std::size_t(w.comps));
@@ -294,17 +287,8 @@ Gmm trainGmm(const std::vector<const Matrix*>& data, const TrainOptions& o, Trai
       w.vars.insert(w.vars.end(), v2.begin(), v2.end());
       ++w.comps;
     }
-#else
-    throw Error("growing the mixture beyond one component needs the library's "
-                "kelsGaussianSplit_64f, which this build does not have yet");
-#endif
   }
   return toGmm(w);
-#else
-  (void)log;
-  throw Error("training needs the library's statistics, update and mixture functions, which "
-              "this build does not have yet");
-#endif
 }
 
 }  // namespace kels::tool
