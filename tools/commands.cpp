@@ -505,10 +505,15 @@ int runGmmScore(const std::vector<std::string>& args) {
       [&](std::size_t i, int) {
         Result& r = results[i];
         try {
-          r.utts = readFeatures(inputs[i].path, inputs[i].id);
-          for (const auto& u : r.utts) r.scores.push_back(scoreFrames(g, u.feats));
+          r.utts = readFeatures(inputs[i].path, inputs[i].id);  // its errors name the file
         } catch (const std::exception& e) {
           r.error = e.what();
+          return;
+        }
+        try {
+          for (const auto& u : r.utts) r.scores.push_back(scoreFrames(g, u.feats));
+        } catch (const std::exception& e) {
+          r.error = inputs[i].path + ": " + e.what();
         }
       },
       [&](std::size_t i) {

@@ -80,6 +80,11 @@ TEST(Cli, MainJobEndToEnd) {
   EXPECT_EQ(id, "utt1");
   EXPECT_EQ(n, utts[0].feats.rows);
   EXPECT_NEAR(avg * double(n), total, 1e-2 * std::fabs(total) + 1e-3);
+  // Features of another width: that file fails, by name, and the exit status says so.
+  ASSERT_EQ(runKelsBinary("fbank -q '" + test::samplePath("utt1") + "' -o '" + dir / "fb.ark" + "'").status, 0);
+  const auto mismatch = runKelsBinary("gmm-score -q '" + dir / "m.gmm" + "' '" + dir / "fb.ark" + "'");
+  EXPECT_EQ(mismatch.status, 1);
+  EXPECT_NE(mismatch.output.find("fb.ark: features have 23 columns, the model 39"), std::string::npos) << mismatch.output;
   const auto perFrame = readFeatures(dir / "s.ark");
   ASSERT_EQ(perFrame.size(), 3u);
   double sum = 0;
