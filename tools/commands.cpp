@@ -24,10 +24,6 @@
 
 namespace kels::tool {
 
-void check(KelsStatus st, const char* call) {
-  if (st < 0) throw Error(std::string(call) + " failed with status " + std::to_string(int(st)));
-}
-
 namespace {
 
 struct UsageError : Error {
