@@ -1,0 +1,170 @@
+// AVX-512 log-add and log-sum kernels (the same bits as logadd_scalar.h): the interval of each
+// lane picks its coefficients with one permute per Horner step, tails use mask registers.
+// GCC 12 reports its own _mm512_undefined_* placeholders inside the intrinsic headers as
+// maybe-uninitialized; the lanes in question are never read.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include <immintrin.h>
+
+#include "model/kernels/logadd_scalar.h"
+
+namespace kels {
+namespace {
+
+inline __mmask16 tailMask(int r) { return __mmask16(r >= 16 ? 0xFFFFu : (1u << r) - 1); }
+
+// One register per coefficient: lane k holds interval k's value.
+struct Tables64 {
+  __m512d centre, coef[logadd::kDegree + 1];
+  Tables64() {
+    centre = _mm512_setr_pd(logadd::kCentre[0], logadd::kCentre[1], logadd::kCentre[2], 0, 0, 0, 0, 0);
+    for (int j = 0; j <= logadd::kDegree; ++j)
+      coef[j] = _mm512_setr_pd(logadd::kCoef64[0][j], logadd::kCoef64[1][j], logadd::kCoef64[2][j], 0, 0, 0, 0, 0);
+  }
+};
+struct Tables32 {
+  __m512 centre, coef[logadd::kDegree + 1];
+  Tables32() {
+    centre = _mm512_setr_ps(float(logadd::kCentre[0]), float(logadd::kCentre[1]), float(logadd::kCentre[2]), 0,
+                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    for (int j = 0; j <= logadd::kDegree; ++j)
+      coef[j] = _mm512_setr_ps(logadd::kCoef32[0][j], logadd::kCoef32[1][j], logadd::kCoef32[2][j], 0, 0, 0, 0,
+                               0, 0, 0, 0, 0, 0, 0, 0, 0);
+  }
+};
+
+// The lanes' common steps: ordering, d = lo - hi, the interval number; and the final choice
+// between the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
+struct Lanes16 {
+  __m512 a, b, hi, d;
+  __m512i idx;
+  void prepare(__m512 va, __m512 vb) {
+    a = va;
+    b = vb;
+    const __mmask16 gt = _mm512_cmp_ps_mask(a, b, _CMP_GT_OQ);
+    hi = _mm512_mask_blend_ps(gt, b, a);
+    d = _mm512_sub_ps(_mm512_mask_blend_ps(gt, a, b), hi);
+    const __m512i one = _mm512_set1_epi32(1);
+    idx = _mm512_maskz_mov_epi32(_mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitLow), _CMP_GE_OQ), one);
+    idx = _mm512_mask_add_epi32(idx, _mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
+  }
+  __m512 finish(__m512 r) const {
+    const __mmask16 drop = _mm512_cmp_ps_mask(d, _mm512_set1_ps(kDrop32f), _CMP_LT_OQ);
+    r = _mm512_mask_mov_ps(r, drop, _mm512_max_ps(hi, _mm512_set1_ps(kLogZero32f)));
+    return _mm512_mask_mov_ps(r, _mm512_cmp_ps_mask(d, d, _CMP_UNORD_Q), _mm512_add_ps(a, b));
+  }
+};
+
+// kU groups of 16 lanes per pass with their Horner steps interleaved: each chain is serial, so
+// the processor needs several in flight. The last groups run one at a time, masked.
+template <int kU, class Corr>
+void addRowGroups(const float* a, float* b, int n, Corr corr) {
+  int i = 0;
+  for (; i + 16 * kU <= n; i += 16 * kU) {
+    Lanes16 l[kU];
+    __m512 r[kU];
+    for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
+    corr.template run<kU>(l, r);
+    for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
+  }
+  for (; i < n; i += 16) {
+    const __mmask16 m = tailMask(n - i);
+    Lanes16 l[1];
+    __m512 r[1];
+    l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
+    corr.template run<1>(l, r);
+    _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
+  }
+}
+
+inline __m256 lower(__m512 v) { return _mm512_castps512_ps256(v); }
+inline __m256 upper(__m512 v) { return _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v), 1)); }
+
+// hi + correction in double, 8 lanes per register, 2 kU registers interleaved.
+struct Corr64 {
+  Tables64 tb;
+  template <int kU>
+  void run(const Lanes16* l, __m512* r) const {
+    constexpr int kN = 2 * kU;
+    __m512i k[kN];
+    __m512d t[kN], p[kN];
+    for (int v = 0; v < kN; ++v) {
+      const Lanes16& g = l[v / 2];
+      const __m256 d = v % 2 ? upper(g.d) : lower(g.d);
+      k[v] = _mm512_cvtepi32_epi64(v % 2 ? _mm512_extracti64x4_epi64(g.idx, 1) : _mm512_castsi512_si256(g.idx));
+      t[v] = _mm512_sub_pd(_mm512_cvtps_pd(d), _mm512_permutexvar_pd(k[v], tb.centre));
+      p[v] = _mm512_permutexvar_pd(k[v], tb.coef[logadd::kDegree]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j)
+      for (int v = 0; v < kN; ++v) p[v] = _mm512_add_pd(_mm512_mul_pd(p[v], t[v]), _mm512_permutexvar_pd(k[v], tb.coef[j]));
+    for (int u = 0; u < kU; ++u) {
+      const __m256 lo = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(lower(l[u].hi)), p[2 * u]));
+      const __m256 up = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(upper(l[u].hi)), p[2 * u + 1]));
+      r[u] = _mm512_insertf32x8(_mm512_castps256_ps512(lo), up, 1);
+    }
+  }
+};
+
+// hi + correction in float, 16 lanes per register.
+struct Corr32 {
+  Tables32 tb;
+  template <int kU>
+  void run(const Lanes16* l, __m512* r) const {
+    __m512 t[kU], p[kU];
+    for (int u = 0; u < kU; ++u) {
+      t[u] = _mm512_sub_ps(l[u].d, _mm512_permutexvar_ps(l[u].idx, tb.centre));
+      p[u] = _mm512_permutexvar_ps(l[u].idx, tb.coef[logadd::kDegree]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j)
+      for (int u = 0; u < kU; ++u)
+        p[u] = _mm512_add_ps(_mm512_mul_ps(p[u], t[u]), _mm512_permutexvar_ps(l[u].idx, tb.coef[j]));
+    for (int u = 0; u < kU; ++u) r[u] = _mm512_add_ps(l[u].hi, p[u]);
+  }
+};
+
+void addRow(const float* a, float* b, int n) { addRowGroups<2>(a, b, n, Corr64{}); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<4>(a, b, n, Corr32{}); }
+
+// e^d for 8 lanes, the arithmetic of expNeg.
+inline __m512d expNeg8(__m512d d) {
+  const __m512d k = _mm512_roundscale_pd(_mm512_mul_pd(d, _mm512_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+  const __m512d r = _mm512_sub_pd(_mm512_sub_pd(d, _mm512_mul_pd(k, _mm512_set1_pd(kLn2Hi))),
+                                  _mm512_mul_pd(k, _mm512_set1_pd(kLn2Lo)));
+  __m512d p = _mm512_set1_pd(kInvFact[kExpDegree]);
+  for (int j = kExpDegree - 1; j >= 0; --j) p = _mm512_add_pd(_mm512_mul_pd(p, r), _mm512_set1_pd(kInvFact[j]));
+  const __m256i ki = _mm256_max_epi32(_mm512_cvtpd_epi32(k), _mm256_set1_epi32(-1022));
+  const __m512i e = _mm512_slli_epi64(_mm512_add_epi64(_mm512_cvtepi32_epi64(ki), _mm512_set1_epi64(1023)), 52);
+  const __m512d v = _mm512_mul_pd(p, _mm512_castsi512_pd(e));
+  return _mm512_mask_mov_pd(v, _mm512_cmp_pd_mask(d, _mm512_set1_pd(kExpFloor), _CMP_LT_OQ), _mm512_setzero_pd());
+}
+
+float sum32f(const float* x, int n) {
+  __m256 mx = _mm256_set1_ps(x[0]);
+  for (int i = 0; i < n; i += 8) {
+    const __mmask8 m = __mmask8(tailMask(n - i));
+    mx = _mm256_mask_max_ps(mx, m, _mm256_maskz_loadu_ps(m, x + i), mx);
+  }
+  alignas(32) float pm[8];
+  _mm256_store_ps(pm, mx);
+  const float top = maxLanes8(pm);
+  float out;
+  if (logSumTrivial(top, &out)) return out;
+  const __m512d m = _mm512_set1_pd(double(top));
+  __m512d acc = _mm512_setzero_pd();
+  for (int i = 0; i < n; i += 8) {
+    const __mmask8 k = __mmask8(tailMask(n - i));
+    const __m512d d = _mm512_sub_pd(_mm512_cvtps_pd(_mm256_maskz_loadu_ps(k, x + i)), m);
+    acc = _mm512_add_pd(acc, _mm512_maskz_mov_pd(k, expNeg8(d)));
+  }
+  alignas(64) double ps[8];
+  _mm512_store_pd(ps, acc);
+  return logSumFinish(top, reduceLanes8(ps));
+}
+
+}  // namespace
+
+const LogKernels& logKernelsAvx512() {
+  static constexpr LogKernels k{addRow, addRowFast, sum32f};
+  return k;
+}
+
+}  // namespace kels
