@@ -122,11 +122,24 @@ struct IntScore {
 // 2^31 - 1); float results convert the integer sum and add g in float.
 inline bool lowSplitRange(int sf) { return sf >= 0 && sf <= 15; }
 
+// The split sum in chunks the kernels cannot overflow (each term is below 2^45 in magnitude),
+// combined with saturation at +-2^62: only rows longer than kLowChunk can reach it, and there the
+// 32-bit result is saturated anyway.
+constexpr int kLowChunk = 1 << 16;
+constexpr std::int64_t kLowLimit = std::int64_t(1) << 62;
+
 template <Var V>
 std::int64_t lowSum(const DistKernels& k, const std::int16_t* x, const std::int16_t* mu,
                     const std::int16_t* w, int n, int sf) {
-  if constexpr (V == Var::kId) return k.lowSd16s(x, mu, n, sf);
-  else return k.lowWsd16s(x, mu, w, n, sf);
+  std::int64_t s = 0;
+  for (int i = 0; i < n; i += kLowChunk) {
+    const int len = std::min(kLowChunk, n - i);
+    std::int64_t part;
+    if constexpr (V == Var::kId) part = k.lowSd16s(x + i, mu + i, len, sf);
+    else part = k.lowWsd16s(x + i, mu + i, w + i, len, sf);
+    s = std::clamp(s + part, -kLowLimit, kLowLimit);
+  }
+  return s;
 }
 
 template <Var V>

@@ -9,6 +9,7 @@
 #include <limits>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "log_gauss_members.h"
 #include "support/canary.h"
@@ -268,6 +269,19 @@ TEST(LogGaussEdges, IntegerConstantAtTwoToThe31) {
   EXPECT_EQ(INT_MIN, r);  // saturated below, not wrapped
   ASSERT_EQ(kelOk, kelsLogGaussSingle_16s32s_Sfs(far, near, big, 3, &r, 0, 0));
   EXPECT_EQ(INT_MIN, r);
+}
+
+// 300000 saturated differences with the largest weight: the exact split sum passes 2^62 and
+// saturates there instead of overflowing.
+TEST(LogGaussEdges, LowSumSaturatesOnVeryLongRows) {
+  const int n = 300000;
+  const std::vector<Kels16s> x(n, 32767), mu(n, -32768), w(n, 32767);
+  Kels32s r = 0;
+  ASSERT_EQ(kelOk, kelsLogGaussSingle_Low_16s32s_Sfs(x.data(), mu.data(), w.data(), n, &r, INT_MAX, 0));
+  EXPECT_EQ(INT_MIN, r);
+  Kels32f rf = 0;
+  ASSERT_EQ(kelOk, kelsLogGaussSingle_LowScaled_16s32f(x.data(), mu.data(), w.data(), n, &rf, 0, 0));
+  EXPECT_EQ(-0x1p62f, rf);
 }
 
 TEST(LogGaussEdges, NegativeScaleFactorDoublesTheHalfSum) {

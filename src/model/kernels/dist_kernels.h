@@ -14,7 +14,8 @@
 // difference is squared, the square split into its high 16 bits and its low 16 bits halved, each
 // half multiplied by w as 16 x 16 -> 32-bit products, the high products scaled up by 15 - sf and
 // the low ones down by sf (arithmetic shift, rounding toward -inf), summed exactly in 64 bits.
-// The result approximates S/2 * 2^-sf; the score is g minus it.
+// The result approximates S/2 * 2^-sf; the score is g minus it. Each term is below 2^45 in
+// magnitude, so rows up to 2^16 elements cannot overflow; callers split longer rows.
 //
 // One table per target; distKernels() returns the active target's (pinned in tests, else the
 // best this processor has). The signatures are stable: new kernels are added at the end.
