@@ -1,0 +1,117 @@
+// End to end: EM training of a diagonal Gaussian mixture with nothing but the library. Frames are
+// scored with the mixture families, occupations gathered with the weighted column moments, and
+// the model re-estimated with UpdateMean / UpdateVar / UpdateWeight / UpdateGConst. The data come
+// from known Gaussians, so the trained model must find them again.
+#include <gtest/gtest.h>
+#include <kelsr.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "support/rng.h"
+
+namespace kels::test {
+namespace {
+
+constexpr int kDim = 3, kComp = 3, kFrames = 6000;
+constexpr int kCols = kDim + 1;  // features and a column of ones, whose weighted sum is the occupation
+
+struct Truth {
+  float mean[kComp][kDim] = {{-4, 0, 1}, {3, 3, -2}, {3, -3, 0.5f}};
+  float var[kComp][kDim] = {{1, 0.5f, 2}, {0.5f, 2, 1}, {1.5f, 1, 0.25f}};
+  float weight[kComp] = {0.3f, 0.25f, 0.45f};
+};
+
+struct Model {
+  std::vector<float> mean = std::vector<float>(kComp * kDim);
+  std::vector<float> var = std::vector<float>(kComp * kDim);
+  std::vector<float> weight = std::vector<float>(kComp);
+};
+
+// Frame log-likelihoods and per-component posteriors (component-major) under the model.
+double expectation(const Model& m, const std::vector<float>& x, std::vector<float>& post) {
+  std::vector<float> inv(kComp * kDim), g(kComp);
+  for (int k = 0; k < kComp * kDim; ++k) inv[k] = 1.0f / m.var[k];
+  for (int j = 0; j < kComp; ++j) {
+    float gconst = 0;
+    EXPECT_EQ(kelOk, kelsUpdateGConst_DirectVar_32f(&m.var[j * kDim], kDim, &gconst));
+    g[j] = std::log(m.weight[j]) - 0.5f * gconst;  // the weight's log rides in the constant
+  }
+  double total = 0;
+  std::vector<float> comp(kComp);
+  for (int t = 0; t < kFrames; ++t) {
+    const float* xt = &x[std::size_t(t) * kCols];
+    float frame = 0;
+    EXPECT_EQ(kelOk, kelsLogGaussMixture_32f_D2(xt, m.mean.data(), inv.data(), kComp, kDim, kDim, g.data(), &frame));
+    comp = g;
+    EXPECT_EQ(kelOk, kelsLogGaussMultiMix_32f_D2(m.mean.data(), inv.data(), kDim, xt, kDim, comp.data(), kComp));
+    for (int j = 0; j < kComp; ++j) post[std::size_t(j) * kFrames + t] = std::exp(comp[j] - frame);
+    total += frame;
+  }
+  return total;
+}
+
+void maximisation(Model& m, const std::vector<float>& x, const std::vector<float>& post) {
+  const std::vector<float> zero(kCols, 0.0f), floor(kDim, 1e-3f);
+  std::vector<float> occ(kComp);
+  for (int j = 0; j < kComp; ++j) {
+    const float* w = &post[std::size_t(j) * kFrames];
+    float sum[kCols], sumSq[kCols];
+    ASSERT_EQ(kelOk, kelsWeightedMeanColumn_32f_D2(x.data(), kCols, w, kFrames, sum, kCols));
+    ASSERT_EQ(kelOk, kelsWeightedVarColumn_32f_D2(x.data(), kCols, w, kFrames, zero.data(), sumSq, kCols));
+    occ[j] = sum[kDim];
+    float* mean = &m.mean[j * kDim];
+    std::fill(mean, mean + kDim, 0.0f);  // the update adds to the mean
+    ASSERT_EQ(kelOk, kelsUpdateMean_32f(sum, mean, kDim, occ[j]));
+    ASSERT_EQ(kelOk, kelsUpdateVar_32f(sum, sumSq, floor.data(), &m.var[j * kDim], kDim, occ[j], occ[j]));
+  }
+  float wsum = 0;
+  ASSERT_EQ(kelOk, kelsUpdateWeight_32f(occ.data(), m.weight.data(), kComp, &wsum, float(kFrames), 1e-4f));
+  EXPECT_NEAR(wsum, 1.0f, 1e-3f);
+}
+
+TEST(EndToEnd, EmTrainingRecoversTheGeneratingMixture) {
+  const Truth truth;
+  Rng rng(2024);
+  std::vector<float> x(std::size_t(kFrames) * kCols);
+  for (int t = 0; t < kFrames; ++t) {
+    const double u = rng.uniform(0, 1);
+    const int j = u < truth.weight[0] ? 0 : u < truth.weight[0] + truth.weight[1] ? 1 : 2;
+    for (int k = 0; k < kDim; ++k)
+      x[std::size_t(t) * kCols + k] = float(rng.normal(truth.mean[j][k], std::sqrt(truth.var[j][k])));
+    x[std::size_t(t) * kCols + kDim] = 1.0f;
+  }
+  // A poor start: means huddled near the origin, unit variances, equal weights.
+  Model m;
+  for (int j = 0; j < kComp; ++j) {
+    for (int k = 0; k < kDim; ++k) {
+      m.mean[j * kDim + k] = 0.15f * truth.mean[j][k] + float(rng.uniform(-0.3, 0.3));
+      m.var[j * kDim + k] = 1.0f;
+    }
+    m.weight[j] = 1.0f / kComp;
+  }
+  std::vector<float> post(std::size_t(kComp) * kFrames);
+  double last = -1e300;
+  for (int it = 0; it < 40; ++it) {
+    const double ll = expectation(m, x, post);
+    // EM never lowers the likelihood; the slack covers only float rounding of the frame scores.
+    EXPECT_GE(ll, last - 1e-6 * std::fabs(ll)) << "iteration " << it;
+    last = ll;
+    maximisation(m, x, post);
+    if (::testing::Test::HasFatalFailure()) return;
+  }
+  // Within a few standard errors of the generating values.
+  for (int j = 0; j < kComp; ++j) {
+    const double n = kFrames * truth.weight[j];
+    EXPECT_NEAR(m.weight[j], truth.weight[j], 4 * std::sqrt(truth.weight[j] * (1 - truth.weight[j]) / kFrames));
+    for (int k = 0; k < kDim; ++k) {
+      const double v = truth.var[j][k];
+      EXPECT_NEAR(m.mean[j * kDim + k], truth.mean[j][k], 4 * std::sqrt(v / n) + 1e-3) << j << "," << k;
+      EXPECT_NEAR(m.var[j * kDim + k], v, 4 * v * std::sqrt(2 / n) + 1e-3) << j << "," << k;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kels::test
