@@ -38,7 +38,7 @@ KELS_API KelsStatus KELS_CALL kelsNoiseSpectrumUpdate_Aurora_32f(const Kels32f* 
 /* Wiener gain by the decision-directed a-priori SNR (beta = 0.98), per bin:
  *   e1 = (0.02 max(P - N, 0) + 0.98 D) (1/N),  h1 = e1 / (e1 + 1),
  *   e2 = max(h1 P (1/N), 0.079432823)  (-22 dB),  H = e2 / (e2 + 1),
- * so H lies in [0.0736, 1) for positive N. 1/N is an exact division; N = 0 is not guarded. */
+ * so H lies in [0.0735876, 1) for positive N. 1/N is an exact division; N = 0 is not guarded. */
 KELS_API KelsStatus KELS_CALL kelsWienerFilterDesign_Aurora_32f(const Kels32f* pSrcP,
                                                                const Kels32f* pSrcN,
                                                                const Kels32f* pSrcD,
