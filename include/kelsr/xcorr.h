@@ -28,7 +28,8 @@ KELS_API KelsStatus KELS_CALL kelsCrossCorrCoeffPartial_16s32f(const Kels16s* pS
  * y[0] (growing to the right), of which only the offsets k = 0, d, 2d, ... are used. Products
  * are accumulated in float in increasing k; the energies grow by one term per lag; the floor
  * test and the quotient C / (sqrt(Ey) sqrt(Ex)) are evaluated in float. m < 1, d < 1 or m > n
- * give kelErrSize. */
+ * give kelErrSize. Scratch for the sampled lattice lives on the stack up to 512 points
+ * ((m - 1) / d + (n - m) / d + 1) and comes from the heap beyond (kelErrMemAlloc if refused). */
 KELS_API KelsStatus KELS_CALL kelsCrossCorrCoeffDecim_16s32f(const Kels16s* pSrc1,
                                                             const Kels16s* pSrc2, int n, int m,
                                                             Kels32f* pDst, int d);

@@ -5,7 +5,8 @@
 #include <cstdint>
 
 #include "core/check.h"
-#include "pitch/kernels/dot_table.h"
+#include "core/alloc.h"
+#include "pitch/kernels/xcorr_table.h"
 
 namespace kels::pitch {
 namespace {
@@ -39,14 +40,14 @@ KelsStatus checkInterpolation(const void* x, const void* y, int len, const void*
 
 KelsStatus crossCorrCoeff(const Kels16s* x, const Kels16s* y, int len, float* dst) {
   if (KelsStatus st = checkCoeff(x, y, len, dst); st != kelOk) return st;
-  const Dots3 s = dotKernels().dot3(x, y, len);
+  const Dots3 s = xcorrKernels().dot3(x, y, len);
   *dst = coefficient(float(s.ab), float(s.aa), float(s.bb));
   return kelOk;
 }
 
 KelsStatus crossCorrCoeffPartial(const Kels16s* x, const Kels16s* y, int len, float ex, float* dst) {
   if (KelsStatus st = checkPartial(x, y, len, ex, dst); st != kelOk) return st;
-  const DotKernels& k = dotKernels();
+  const XcorrKernels& k = xcorrKernels();
   const float ey = float(k.dot(y, y, len));
   const long double exl = ex;
   // The cross product is only worth summing when the floor lets the coefficient through.
@@ -54,29 +55,36 @@ KelsStatus crossCorrCoeffPartial(const Kels16s* x, const Kels16s* y, int len, fl
   return kelOk;
 }
 
-// Products are rounded to float and added in increasing offset, one lag after another: the order
-// is part of the result.
+// Products are rounded to float and added in increasing offset, lag by lag: the order is part of
+// the result. Only every d-th sample takes part, so the lattice is gathered once: yd[j] = y[j d]
+// and xr, x's lattice through its last window reversed, so that lag i's terms read
+// xr[a + i - j] * yd[j] and neighbouring lags sit side by side in memory.
 KelsStatus crossCorrCoeffDecim(const Kels16s* x, const Kels16s* y, int n, int m, float* dst, int d) {
   if (KelsStatus st = checkDecim(x, y, n, m, dst, d); st != kelOk) return st;
-  const auto product = [](Kels16s a, Kels16s b) { return float(std::int32_t(a) * b); };
   const int lags = (n - m) / d + 1;
-  const Kels16s* xs = x + (n - m);  // lag 0's window of x ends at the last sample
-  float ex = 0.0f, ey = 0.0f;
-  int next = 0;  // the next lattice offset of y to join the energy
-  for (; next <= m - 1; next += d) {
-    ex += product(xs[next], xs[next]);
-    ey += product(y[next], y[next]);
+  const int a = (m - 1) / d;  // lag 0 has a + 1 terms, each later lag one more
+  const int points = a + lags;
+  Scratch<float, 512> xr(points), yd(points);
+  if (!xr || !yd) return kelErrMemAlloc;
+  const Kels16s* xLast = x + (n - m) % d + std::ptrdiff_t(points - 1) * d;
+  for (int t = 0; t < points; ++t) {
+    xr[t] = float(xLast[-std::ptrdiff_t(t) * d]);
+    yd[t] = float(y[std::ptrdiff_t(t) * d]);
   }
-  for (int i = 0; i < lags; ++i, xs -= d) {
-    if (i > 0) {  // each lag adds one lattice point at the left of x and one at the right of y
-      ex += product(xs[0], xs[0]);
-      ey += product(y[next], y[next]);
-      next += d;
+  xcorrKernels().lagSums(xr.data(), yd.data(), a, lags, dst);
+
+  // The energies grow by one term per lag: x's at the left end, y's at the right.
+  float ex = 0.0f, ey = 0.0f;
+  for (int j = 0; j <= a; ++j) {
+    ex += xr[a - j] * xr[a - j];
+    ey += yd[j] * yd[j];
+  }
+  for (int i = 0; i < lags; ++i) {
+    if (i > 0) {
+      ex += xr[a + i] * xr[a + i];
+      ey += yd[a + i] * yd[a + i];
     }
-    const int window = m + i * d;
-    float c = 0.0f;
-    for (int k = 0; k < window; k += d) c += product(xs[k], y[k]);
-    dst[i] = std::fabs(ex * ey) > kFloor ? c / (std::sqrt(ey) * std::sqrt(ex)) : 0.0f;
+    dst[i] = std::fabs(ex * ey) > kFloor ? dst[i] / (std::sqrt(ey) * std::sqrt(ex)) : 0.0f;
   }
   return kelOk;
 }
@@ -85,7 +93,7 @@ KelsStatus crossCorrCoeffDecim(const Kels16s* x, const Kels16s* y, int n, int m,
 KelsStatus crossCorrCoeffInterpolation(const Kels16s* x, const Kels16s* y, int len, float* lag,
                                        float* coeff) {
   if (KelsStatus st = checkInterpolation(x, y, len, lag, coeff); st != kelOk) return st;
-  const DotKernels& k = dotKernels();
+  const XcorrKernels& k = xcorrKernels();
   const int n = len - 1;  // pairs (y[j], y[j+1])
   const Dots3 s0 = k.dot3(x, y, n);
   const std::int64_t yFirst = std::int32_t(y[0]) * y[0], yLast = std::int32_t(y[n]) * y[n];

@@ -10,6 +10,7 @@
 #include <limits>
 #include <vector>
 
+#include "core/alloc.h"
 #include "support/canary.h"
 #include "support/fault.h"
 #include "support/layout.h"
@@ -190,6 +191,19 @@ TEST(CrossCorrCoeffDecim, EnergiesUnderTheFloorGiveZero) {
   EXPECT_FLOAT_EQ(out[10], 1.0f / std::sqrt(20.0f));  // one of twenty lattice points carries x
 }
 
+TEST(CrossCorrCoeffDecim, LongSeriesReportAFailedAllocationAndWriteNothing) {
+  const int n = 3000;  // beyond the stack scratch
+  Rng rng(6);
+  const Signal x = signal(rng, n), y = signal(rng, n);
+  Canary<float> out(n);
+  kels::testing::failNthAllocation(1);
+  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), n, 1, out.data(), 1), kelErrMemAlloc);
+  kels::testing::failNthAllocation(0);
+  EXPECT_TRUE(out.untouched());
+  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), n, 1, out.data(), 1), kelOk);
+  EXPECT_TRUE(out.guardsIntact());
+}
+
 // ---- interpolated lag ---------------------------------------------------------------------------
 
 // Best |r(t)| over [0, 1] for y linearly interpolated between lag 0 and lag 1, found by a grid
@@ -276,9 +290,12 @@ TEST(CrossCorrTargets, EveryTargetAndAlignmentGivesTheSameBits) {
       all.push_back(r[0]);
       kelsCrossCorrCoeffInterpolation_16s32f(bx.data(), by.data(), len, r, r + 1);
       all.insert(all.end(), r, r + 2);
-      std::vector<float> series(static_cast<std::size_t>(len));
-      EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(bx.data(), by.data(), len, 1, series.data(), 1), kelOk);
-      all.insert(all.end(), series.begin(), series.end());
+      for (int d : {1, 3}) {
+        const int m = 1 + len / 3, lags = (len - m) / d + 1;
+        std::vector<float> series(static_cast<std::size_t>(lags));
+        EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(bx.data(), by.data(), len, m, series.data(), d), kelOk);
+        all.insert(all.end(), series.begin(), series.end());
+      }
     }
     return all;
   };

@@ -1,13 +1,15 @@
-// The front end's element-wise formulas, written once over a lane type (lanes.h) and included by
-// every target file. The unnamed namespace gives each target its own copy. A vector step loads
+// The front end's element-wise formulas, written once over a lane type (core/float_lanes.h) and
+// included by every target file. The unnamed namespace gives each target its own copy. A vector step loads
 // all its inputs before it stores, so an output may be the same array as an input.
 #pragma once
 
+#include "core/float_lanes.h"
 #include "dsrfe/kernels/front_end_table.h"
-#include "dsrfe/kernels/lanes.h"
 
 namespace kels::dsrfe {
 namespace {
+
+using namespace kels::lanes;
 
 // dst = y ((y / (y + a) + 1)(a / (x + y)) + 0.9) with a = 0.1 x; 0 where a divisor is 0.
 struct NoiseUpdate {

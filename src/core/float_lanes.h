@@ -1,5 +1,5 @@
-// Float lanes for the front end's element-wise kernels: one set of operations per register width,
-// so each formula is written once (front_end.h) and every target evaluates it with the same IEEE
+// Float lanes for element-wise and lane-parallel kernels: one set of operations per register width,
+// so each formula is written once and every target evaluates it with the same IEEE
 // operations in the same order, giving the same bits. max and min follow the processor's rule
 // (a > b ? a : b, a < b ? a : b), which the scalar lane spells out.
 #pragma once
@@ -10,7 +10,7 @@
 #include <immintrin.h>
 #endif
 
-namespace kels::dsrfe {
+namespace kels::lanes {
 namespace {
 
 struct ScalarLanes {
@@ -129,4 +129,4 @@ struct Avx512Lanes {
 #endif
 
 }  // namespace
-}  // namespace kels::dsrfe
+}  // namespace kels::lanes

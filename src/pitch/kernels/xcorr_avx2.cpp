@@ -1,7 +1,8 @@
-// Exact dot products, AVX2 build; the pair-sum wrap is handled as in the SSE2 build.
+// Cross-correlation kernels, AVX2 build; the pair-sum wrap is handled as in the SSE2 build.
 #include <immintrin.h>
 
-#include "pitch/kernels/dot_table.h"
+#include "pitch/kernels/lag_sums.h"
+#include "pitch/kernels/xcorr_table.h"
 
 namespace kels::pitch {
 namespace {
@@ -52,8 +53,8 @@ Dots3 dot3(const std::int16_t* a, const std::int16_t* b, int n) {
 
 }  // namespace
 
-const DotKernels& dotKernelsAvx2() {
-  static constexpr DotKernels k{dot, dot3};
+const XcorrKernels& xcorrKernelsAvx2() {
+  static constexpr XcorrKernels k{dot, dot3, lagSums<Avx2Lanes>};
   return k;
 }
 

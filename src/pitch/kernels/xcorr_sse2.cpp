@@ -1,10 +1,11 @@
-// Exact dot products, SSE2 build. pmaddwd adds two products into 32 bits; only
+// Cross-correlation kernels, SSE2 build. pmaddwd adds two products into 32 bits; only
 // (-32768)(-32768) + (-32768)(-32768) = 2^31 wraps, to -2^31, and no true pair sum is -2^31.
 // So t - 1 never wraps for a true value: it is widened to 64 bits and the 1 is added back once
 // per pair at the end.
 #include <emmintrin.h>
 
-#include "pitch/kernels/dot_table.h"
+#include "pitch/kernels/lag_sums.h"
+#include "pitch/kernels/xcorr_table.h"
 
 namespace kels::pitch {
 namespace {
@@ -55,8 +56,8 @@ Dots3 dot3(const std::int16_t* a, const std::int16_t* b, int n) {
 
 }  // namespace
 
-const DotKernels& dotKernelsSse2() {
-  static constexpr DotKernels k{dot, dot3};
+const XcorrKernels& xcorrKernelsSse2() {
+  static constexpr XcorrKernels k{dot, dot3, lagSums<Sse2Lanes>};
   return k;
 }
 
