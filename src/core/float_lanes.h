@@ -1,7 +1,9 @@
 // Float lanes for element-wise and lane-parallel kernels: one set of operations per register width,
 // so each formula is written once and every target evaluates it with the same IEEE
 // operations in the same order, giving the same bits. max and min follow the processor's rule
-// (a > b ? a : b, a < b ? a : b), which the scalar lane spells out.
+// (a > b ? a : b, a < b ? a : b), which the scalar lane spells out. Each width names the next
+// narrower one, so short arrays and tails still run vector code. (Masked AVX-512 tails measured
+// slower than the AVX2 and SSE2 steps on 13 cepstra.)
 #pragma once
 
 #include <cmath>
@@ -15,6 +17,7 @@ namespace {
 
 struct ScalarLanes {
   using V = float;
+  using Narrower = void;  // the end of the chain
   static constexpr int kWidth = 1;
   static V load(const float* p) { return *p; }
   static void store(float* p, V v) { *p = v; }
@@ -34,6 +37,7 @@ struct ScalarLanes {
 #if defined(__SSE2__)
 struct Sse2Lanes {
   using V = __m128;
+  using Narrower = ScalarLanes;
   static constexpr int kWidth = 4;
   static V load(const float* p) { return _mm_loadu_ps(p); }
   static void store(float* p, V v) { _mm_storeu_ps(p, v); }
@@ -63,6 +67,7 @@ struct Sse2Lanes {
 #if defined(__AVX2__)
 struct Avx2Lanes {
   using V = __m256;
+  using Narrower = Sse2Lanes;
   static constexpr int kWidth = 8;
   static V load(const float* p) { return _mm256_loadu_ps(p); }
   static void store(float* p, V v) { _mm256_storeu_ps(p, v); }
@@ -97,6 +102,7 @@ struct Avx2Lanes {
 #if defined(__AVX512F__)
 struct Avx512Lanes {
   using V = __m512;
+  using Narrower = Avx2Lanes;
   static constexpr int kWidth = 16;
   static V load(const float* p) { return _mm512_loadu_ps(p); }
   static void store(float* p, V v) { _mm512_storeu_ps(p, v); }

@@ -162,9 +162,7 @@ KelsStatus blindEqualization(const float* ref, float* cep, float* bias, int len,
   if (KelsStatus st = checkElementwise3(ref, cep, bias, len); st != kelOk) return st;
   // The step grows with the frame's log energy from 211/64 over one unit, up to 9/1024.
   const float mu = std::min(std::max(logEnergy - 3.296875f, 0.0f), 1.0f) * 0.0087890625f;
-  const FrontEndKernels& k = frontEndKernels();
-  k.subtract(cep, bias, cep, len);  // whole array first: the update uses the equalised cepstrum
-  k.adaptBias(cep, ref, bias, mu, len);
+  frontEndKernels().equalize(ref, cep, bias, mu, len);
   return kelOk;
 }
 

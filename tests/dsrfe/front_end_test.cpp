@@ -252,6 +252,15 @@ TEST(BlindEqualization, SubtractsFirstThenStepsWithTheEnergyRule) {
       }
     }
   }
+  // One array in two roles behaves as the two whole-array steps: with ref = cep the update
+  // sees the equalised cepstrum and leaves the bias alone; with cep = bias both end at -mu ref.
+  auto cep = cep0, bias = bias0;
+  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(cep.data(), cep.data(), bias.data(), len, 9.0f), kelOk);
+  EXPECT_EQ(bias, bias0);
+  bias = bias0;
+  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), bias.data(), bias.data(), len, 9.0f), kelOk);
+  for (std::size_t i = 0; i < std::size_t(len); ++i) EXPECT_EQ(bias[i], -(9.0f / 1024) * ref[i]);
+
   float r[] = {0}, c[] = {2}, b[] = {1};  // loud frame: step 9/1024 on the equalised cepstrum
   ASSERT_EQ(kelsBlindEqualization_Aurora_32f(r, c, b, 1, 7.0f), kelOk);
   EXPECT_EQ(c[0], 1.0f);

@@ -3,6 +3,8 @@
 // all its inputs before it stores, so an output may be the same array as an input.
 #pragma once
 
+#include <type_traits>
+
 #include "core/float_lanes.h"
 #include "dsrfe/kernels/front_end_table.h"
 
@@ -52,26 +54,14 @@ struct Product {
   typename L::V apply(typename L::V a, typename L::V b) const { return L::mul(a, b); }
 };
 
-struct Difference {
-  template <class L>
-  typename L::V apply(typename L::V a, typename L::V b) const { return L::sub(a, b); }
-};
-
-// bias + mu (cep - ref)
-struct BiasStep {
-  float mu;
-  template <class L>
-  typename L::V apply(typename L::V bias, typename L::V cep, typename L::V ref) const {
-    return L::add(bias, L::mul(L::splat(mu), L::sub(cep, ref)));
-  }
-};
-
+// Element-wise maps: the widest lanes first, then each narrower width for what is left.
 template <class L, class Op>
 void map2(const Op& op, const float* a, const float* b, float* dst, int n) {
   int i = 0;
   for (; i + L::kWidth <= n; i += L::kWidth)
     L::store(dst + i, op.template apply<L>(L::load(a + i), L::load(b + i)));
-  for (; i < n; ++i) dst[i] = op.template apply<ScalarLanes>(a[i], b[i]);
+  if constexpr (!std::is_void_v<typename L::Narrower>)
+    if (i < n) map2<typename L::Narrower>(op, a + i, b + i, dst + i, n - i);
 }
 
 template <class L, class Op>
@@ -79,7 +69,24 @@ void map3(const Op& op, const float* a, const float* b, const float* c, float* d
   int i = 0;
   for (; i + L::kWidth <= n; i += L::kWidth)
     L::store(dst + i, op.template apply<L>(L::load(a + i), L::load(b + i), L::load(c + i)));
-  for (; i < n; ++i) dst[i] = op.template apply<ScalarLanes>(a[i], b[i], c[i]);
+  if constexpr (!std::is_void_v<typename L::Narrower>)
+    if (i < n) map3<typename L::Narrower>(op, a + i, b + i, c + i, dst + i, n - i);
+}
+
+// Blind equalisation in one pass: cep -= bias, then bias += mu (cep - ref) with the new cep.
+// Each element depends on its own index only, and ref and bias are read after cep is stored, so
+// this equals the two whole-array passes even when two of the arrays are one.
+template <class L>
+void equalize(const float* ref, float* cep, float* bias, float mu, int n) {
+  int i = 0;
+  for (; i + L::kWidth <= n; i += L::kWidth) {
+    const auto c = L::sub(L::load(cep + i), L::load(bias + i));
+    L::store(cep + i, c);
+    const auto r = L::load(ref + i), b = L::load(bias + i);
+    L::store(bias + i, L::add(b, L::mul(L::splat(mu), L::sub(c, r))));
+  }
+  if constexpr (!std::is_void_v<typename L::Narrower>)
+    if (i < n) equalize<typename L::Narrower>(ref + i, cep + i, bias + i, mu, n - i);
 }
 
 template <class L>
@@ -87,7 +94,8 @@ void halfSumsOfSquares(const float* src, float* dst, int groups) {
   int k = 0;
   for (; k + L::kWidth <= groups; k += L::kWidth)
     L::store(dst + k, L::mul(L::sumSquares4(src + 4 * k), L::splat(0.5f)));
-  for (; k < groups; ++k) dst[k] = ScalarLanes::sumSquares4(src + 4 * k) * 0.5f;
+  if constexpr (!std::is_void_v<typename L::Narrower>)
+    if (k < groups) halfSumsOfSquares<typename L::Narrower>(src + 4 * k, dst + k, groups - k);
 }
 
 template <class L>
@@ -105,17 +113,8 @@ template <class L>
 void multiply(const float* a, const float* b, float* dst, int n) { map2<L>(Product{}, a, b, dst, n); }
 
 template <class L>
-void subtract(const float* a, const float* b, float* dst, int n) { map2<L>(Difference{}, a, b, dst, n); }
-
-template <class L>
-void adaptBias(const float* cep, const float* ref, float* bias, float mu, int n) {
-  map3<L>(BiasStep{mu}, bias, cep, ref, bias, n);
-}
-
-template <class L>
 constexpr FrontEndKernels frontEndKernelsFor() {
-  return {halfSumsOfSquares<L>, noiseUpdate<L>, wienerGain<L>, teager<L>,
-          multiply<L>,          subtract<L>,    adaptBias<L>};
+  return {halfSumsOfSquares<L>, noiseUpdate<L>, wienerGain<L>, teager<L>, multiply<L>, equalize<L>};
 }
 
 }  // namespace

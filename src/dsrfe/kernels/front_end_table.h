@@ -11,9 +11,8 @@ struct FrontEndKernels {
   // e[i] = |s[i]^2 - s[i-1] s[i+1]| for i = 0 .. n-1; reads s[-1] .. s[n].
   void (*teager)(const float* s, float* e, int n);
   void (*multiply)(const float* a, const float* b, float* dst, int n);
-  void (*subtract)(const float* a, const float* b, float* dst, int n);
-  // bias[i] += mu (cep[i] - ref[i])
-  void (*adaptBias)(const float* cep, const float* ref, float* bias, float mu, int n);
+  // cep[i] -= bias[i], then bias[i] += mu (cep[i] - ref[i]) with the equalised cep[i].
+  void (*equalize)(const float* ref, float* cep, float* bias, float mu, int n);
 };
 
 const FrontEndKernels& frontEndKernelsScalar();
