@@ -1,0 +1,27 @@
+# Writes the module-definition file that exports the second names of functions from the DLL.
+# PE has no symbol aliases for decorated stdcall names, so each second name is exported as the
+# first name's decorated symbol, which nm finds in the static library.
+#   cmake -DNM=... -DLIB=... -DSRC=... -DOUT=... -P KelsrDef.cmake
+execute_process(COMMAND ${NM} -g --defined-only ${LIB} OUTPUT_VARIABLE syms COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "_?kels[A-Za-z0-9_]*(@[0-9]+)?" decorated "${syms}")
+foreach(sym IN LISTS decorated)
+  string(REGEX MATCH "kels[A-Za-z0-9_]*" plain "${sym}")
+  string(REGEX MATCH "@[0-9]+$" suffix "${sym}")
+  set(suffix_${plain} "${suffix}")
+endforeach()
+set(def "EXPORTS\n")
+file(GLOB_RECURSE sources ${SRC}/*.cpp)
+foreach(src IN LISTS sources)
+  file(STRINGS ${src} lines REGEX "^KELS_ALIAS\\(")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^KELS_ALIAS\\(([A-Za-z0-9_]+), *([A-Za-z0-9_]+)\\).*" "\\1;\\2" pair "${line}")
+    list(GET pair 0 name)
+    list(GET pair 1 target)
+    if(NOT DEFINED suffix_${target})
+      message(FATAL_ERROR "${name}: ${target} is not in ${LIB}")
+    endif()
+    string(APPEND def "${name} = ${target}${suffix_${target}}\n")
+  endforeach()
+endforeach()
+file(WRITE ${OUT}.tmp "${def}")
+execute_process(COMMAND ${CMAKE_COMMAND} -E copy_if_different ${OUT}.tmp ${OUT})
