@@ -8,7 +8,8 @@
 extern "C" {
 #endif
 
-/* Warping: mel(x) = A ln(1 + x / B) and its inverse B (exp(x / A) - 1), natural logarithm.
+/* Warping: mel(x) = A ln(1 + x / B) and its inverse B (exp(x / A) - 1), natural logarithm,
+ * evaluated in double and rounded once (so small x keeps its digits).
  * A or B not above 0 (a NaN included) -> kelErrSize. */
 KELS_API KelsStatus KELS_CALL kelsLinearToMel_32f(const Kels32f* src, Kels32f* dst, int len,
                                                   Kels32f melMul, Kels32f melDiv);
@@ -117,6 +118,29 @@ KELS_API KelsStatus KELS_CALL kelsFBankSetCoeffs_16s(KelsMelFBank_16s* obj, int 
  * handle must not be used again. Null -> kelErrNullPtr. */
 KELS_API KelsStatus KELS_CALL kelsFBankFree_32f(KelsMelFBank_32f* obj);
 KELS_API KelsStatus KELS_CALL kelsFBankFree_16s(KelsMelFBank_16s* obj);
+
+/* Fixed-point mel bank in caller memory (mode 2 only: rounded centres, linear weights, peak 1).
+ * Size: 4 nFilter + 96 + 36 (2 nFilter + 4) + 4 (2 nFilter + 4) N/2 + 64 bytes, N the least
+ * power of two >= L. GetSize checks: null -> kelErrNullPtr; nFilter < 1, L < 32 or L > 8192 ->
+ * kelErrSize; mode != 2 -> kelErrFBankFlag; nFilter > N/2 -> kelErrSize.
+ * Init: the mel multiplier and divisor are Q15 (2595.0 is 2595 * 32768), so their ranges
+ * 524289..1073741823 and 524289..268435455 mean about 16..32768 and 16..8192. Checks: null ->
+ * kelErrNullPtr; nFilter < 1, high < 1, L < 32 or L > 8192 -> kelErrSize; mode != 2 ->
+ * kelErrFBankFlag; rate outside 1..48000 or low < 0 -> kelErrSize; high <= low or
+ * high > 24000 -> kelErrFBankFreq; multiplier or divisor out of range -> kelErrBadArg;
+ * nFilter > N/2 -> kelErrSize; memory not 4-byte aligned -> kelErrBadArg. Centres are those of
+ * the float bank with A = multiplier / 2^15 and B = divisor / 2^15 (a high frequency above
+ * rate / 2 puts centres at N/2). The object holds offsets only: a byte copy is a working bank.
+ * Eval: weights are Q15 and the sum is exact in 64 bits; each output is
+ * round_half_even(sum * 2^-(15 + scaleFactor)) saturated to 32 bits, scaleFactor clamped to
+ * -128..150. Input: spectrum bins 0 .. c[nFilter+1]. Checks: null -> kelErrNullPtr; memory
+ * that kelsMelFBankInit_32s did not build -> kelErrFBankNotSet. */
+KELS_API KelsStatus KELS_CALL kelsMelFBankGetSize_32s(int l, int nFilter, int mode, int* size);
+KELS_API KelsStatus KELS_CALL kelsMelFBankInit_32s(KelsMelFBank_32s* obj, int* order, int l,
+                                                   int sampleRate, int lowFreq, int highFreq,
+                                                   int nFilter, int melMul, int melDiv, int mode);
+KELS_API KelsStatus KELS_CALL kelsEvalFBank_32s_Sfs(const Kels32s* src, Kels32s* dst,
+                                                    KelsMelFBank_32s* obj, int scaleFactor);
 
 #ifdef __cplusplus
 }

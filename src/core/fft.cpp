@@ -17,7 +17,7 @@ constexpr double kTwoPi = 6.283185307179586476925286766559;
 
 // exp(-2 pi i j / n) rounded to float; exact at quarter turns, where the cosine or sine of the
 // rounded angle would leave a residue of 1e-17 instead of 0.
-void root(long j, long n, float& re, float& im) {
+void root(long long j, long long n, float& re, float& im) {
   j %= n;
   if (4 * j % n == 0) {
     static constexpr float kC[4] = {1, 0, -1, 0}, kS[4] = {0, -1, 0, 1};
@@ -109,14 +109,16 @@ View view(const KelsFFTSpec_R_32f* p) {
   return View{m, r1, r1 + q, r2, r2 + q, r4, r4 + q, un, un + u};
 }
 
+void magnitudesFrom1(const float* pack, float* mag, int n) { magnitudesScalar(pack, mag, 1, n); }
+
 const Kernels& kernelsScalar() {
-  static constexpr Kernels k{forwardScalar, inverseScalar};
+  static constexpr Kernels k{forwardScalar, inverseScalar, magnitudesFrom1};
   return k;
 }
 
 const Kernels& kernels() {
 #if defined(KELSR_X86)
-  static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsScalar(),
+  static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsSse2(),
                                                      &kernelsAvx2(), &kernelsAvx2()};
 #else
   static const Kernels* const table[kTargetCount] = {&kernelsScalar(), &kernelsScalar(),
@@ -134,14 +136,11 @@ void inverse(const KelsFFTSpec_R_32f* p, const float* src, float* dst, float* wo
 }
 
 // Bin n/2 is read before bin 0 overwrites pack[0] and bin 1 overwrites pack[1], so the output
-// may share the input's memory; bin k lands at k, below the 2k it is read from.
+// may share the input's memory.
 void magnitudes(const float* pack, float* mag, int n) {
   const float r0 = pack[0], rh = pack[1];
   mag[0] = std::sqrt(r0 * r0);
-  for (int k = 1; k < n / 2; ++k) {
-    const float re = pack[2 * k], im = pack[2 * k + 1];
-    mag[k] = std::sqrt(re * re + im * im);
-  }
+  kernels().magnitudes(pack, mag, n);
   mag[n / 2] = std::sqrt(rh * rh);
 }
 

@@ -65,8 +65,10 @@ View view(const KelsFFTSpec_R_32f* p);
 struct Kernels {
   void (*forward)(const View&, const float*, float*, float*);
   void (*inverse)(const View&, const float*, float*, float*);
+  void (*magnitudes)(const float*, float*, int);
 };
 const Kernels& kernelsScalar();
+const Kernels& kernelsSse2();
 const Kernels& kernelsAvx2();
 // The kernels of the active target (the same bits on every target).
 const Kernels& kernels();

@@ -94,14 +94,86 @@ void stage(const View& v, int s, const float* xr, const float* xi, float* yr, fl
   }
 }
 
-void stages(const View& v, float*& zr, float*& zi, float* work) {
-  float* yr = work + 2 * v.m;
-  float* yi = work + 3 * v.m;
-  for (int s = 1; s < v.m; s *= 2) {
-    if (v.m / 2 >= kW) stage(v, s, zr, zi, yr, yi);
-    else stageScalar(v, s, zr, zi, yr, yi, 0);
+// Complex a * w, as the scalar kernel forms it: (ar wr - ai wi, ar wi + ai wr).
+inline void twiddled(__m256 ar, __m256 ai, __m256 wr, __m256 wi, __m256& r, __m256& i) {
+  r = _mm256_sub_ps(_mm256_mul_ps(ar, wr), _mm256_mul_ps(ai, wi));
+  i = _mm256_add_ps(_mm256_mul_ps(ar, wi), _mm256_mul_ps(ai, wr));
+}
+
+// Two stages in one pass, strides s and 2s (s >= 8): the four points t, t + m/4, t + m/2 and
+// t + 3m/4 (t = p s + q) meet in the first stage as two pairs and in the second as the other
+// two, landing at 4ps + q + {0, s, 2s, 3s}. The arithmetic is the two scalar stages' exactly.
+void stagePair(const View& v, int s, const float* xr, const float* xi, float* yr, float* yi) {
+  const int half = v.m / 2, quarter = v.m / 4;
+  for (int p = 0; p * s < quarter; ++p) {
+    const int a = p * s, b = 2 * p * s;
+    const __m256 w1r = _mm256_set1_ps(v.rootRe[a]), w1i = _mm256_set1_ps(v.rootIm[a]);
+    const __m256 w2r = _mm256_set1_ps(v.rootRe[a + quarter]), w2i = _mm256_set1_ps(v.rootIm[a + quarter]);
+    const __m256 w3r = _mm256_set1_ps(v.rootRe[b]), w3i = _mm256_set1_ps(v.rootIm[b]);
+    for (int q = 0; q < s; q += kW) {
+      const int t = a + q, o = 4 * a + q;
+      const __m256 x0r = _mm256_loadu_ps(xr + t), x0i = _mm256_loadu_ps(xi + t);
+      const __m256 x1r = _mm256_loadu_ps(xr + t + half), x1i = _mm256_loadu_ps(xi + t + half);
+      const __m256 x2r = _mm256_loadu_ps(xr + t + quarter), x2i = _mm256_loadu_ps(xi + t + quarter);
+      const __m256 x3r = _mm256_loadu_ps(xr + t + half + quarter), x3i = _mm256_loadu_ps(xi + t + half + quarter);
+      const __m256 u0r = _mm256_add_ps(x0r, x1r), u0i = _mm256_add_ps(x0i, x1i);
+      const __m256 v0r = _mm256_add_ps(x2r, x3r), v0i = _mm256_add_ps(x2i, x3i);
+      __m256 u1r, u1i, v1r, v1i;
+      twiddled(_mm256_sub_ps(x0r, x1r), _mm256_sub_ps(x0i, x1i), w1r, w1i, u1r, u1i);
+      twiddled(_mm256_sub_ps(x2r, x3r), _mm256_sub_ps(x2i, x3i), w2r, w2i, v1r, v1i);
+      __m256 zr, zi;
+      _mm256_storeu_ps(yr + o, _mm256_add_ps(u0r, v0r));
+      _mm256_storeu_ps(yi + o, _mm256_add_ps(u0i, v0i));
+      twiddled(_mm256_sub_ps(u0r, v0r), _mm256_sub_ps(u0i, v0i), w3r, w3i, zr, zi);
+      _mm256_storeu_ps(yr + o + 2 * s, zr);
+      _mm256_storeu_ps(yi + o + 2 * s, zi);
+      _mm256_storeu_ps(yr + o + s, _mm256_add_ps(u1r, v1r));
+      _mm256_storeu_ps(yi + o + s, _mm256_add_ps(u1i, v1i));
+      twiddled(_mm256_sub_ps(u1r, v1r), _mm256_sub_ps(u1i, v1i), w3r, w3i, zr, zi);
+      _mm256_storeu_ps(yr + o + 3 * s, zr);
+      _mm256_storeu_ps(yi + o + 3 * s, zi);
+    }
+  }
+}
+
+// The stages from stride `s` on, ping-ponging between (zr, zi) and the other half of `work`;
+// on return (zr, zi) hold the result.
+void stages(const View& v, int s, float*& zr, float*& zi, float* work) {
+  float* yr = zr == work ? work + 2 * v.m : work;
+  float* yi = yr + v.m;
+  while (s < v.m) {
+    if (v.m / 2 < kW) {
+      stageScalar(v, s, zr, zi, yr, yi, 0);
+      s *= 2;
+    } else if (s >= kW && 2 * s < v.m) {
+      stagePair(v, s, zr, zi, yr, yi);
+      s *= 4;
+    } else {
+      stage(v, s, zr, zi, yr, yi);
+      s *= 2;
+    }
     std::swap(zr, yr);
     std::swap(zi, yi);
+  }
+}
+
+// The first stage straight from the interleaved frame, z[n] = x[2n] + i x[2n+1]: the split is
+// a copy, so this is the scalar split and stage to the bit.
+void firstStage(const View& v, const float* x, float* yr, float* yi) {
+  const int half = v.m / 2;
+  auto load = [&](int n, __m256& re, __m256& im) {
+    const __m256 a = _mm256_loadu_ps(x + 2 * n), b = _mm256_loadu_ps(x + 2 * n + kW);
+    re = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(_mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0))), 0xD8));
+    im = _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(_mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1))), 0xD8));
+  };
+  for (int i = 0; i < half; i += kW) {
+    __m256 ar, ai, br, bi, pr, pi;
+    load(i, ar, ai);
+    load(i + half, br, bi);
+    twiddled(_mm256_sub_ps(ar, br), _mm256_sub_ps(ai, bi), _mm256_loadu_ps(v.rootRe + i),
+             _mm256_loadu_ps(v.rootIm + i), pr, pi);
+    storeInterleaved(yr + 2 * i, _mm256_add_ps(ar, br), pr);
+    storeInterleaved(yi + 2 * i, _mm256_add_ps(ai, bi), pi);
   }
 }
 
@@ -138,8 +210,15 @@ void mergeSwapped(const float* rr, const float* ri, float* x, int m) {
 void forwardAvx2(const View& v, const float* src, float* dst, float* work) {
   float* zr = work;
   float* zi = work + v.m;
-  split(src, zr, zi, v.m);
-  stages(v, zr, zi, work);
+  if (v.m / 2 >= kW) {
+    zr = work + 2 * v.m;
+    zi = zr + v.m;
+    firstStage(v, src, zr, zi);
+    stages(v, 2, zr, zi, work);
+  } else {
+    split(src, zr, zi, v.m);
+    stages(v, 1, zr, zi, work);
+  }
   untangle(v, zr, zi, dst);
 }
 
@@ -147,14 +226,27 @@ void inverseAvx2(const View& v, const float* src, float* dst, float* work) {
   float* zr = work;
   float* zi = work + v.m;
   tangleScalar(v, src, zr, zi);
-  stages(v, zr, zi, work);
+  stages(v, 1, zr, zi, work);
   mergeSwapped(zr, zi, dst, v.m);
+}
+
+// Bins 1 .. n/2 - 1; the caller takes bins 0 and n/2 first.
+void magnitudesAvx2(const float* pack, float* mag, int n) {
+  int k = 1;
+  for (; k + kW <= n / 2; k += kW) {
+    const __m256 a = _mm256_loadu_ps(pack + 2 * k), b = _mm256_loadu_ps(pack + 2 * k + kW);
+    const __m256 re = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m256 im = _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+    const __m256 m = _mm256_sqrt_ps(_mm256_add_ps(_mm256_mul_ps(re, re), _mm256_mul_ps(im, im)));
+    _mm256_storeu_ps(mag + k, _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(m), 0xD8)));
+  }
+  magnitudesScalar(pack, mag, k, n);
 }
 
 }  // namespace
 
 const Kernels& kernelsAvx2() {
-  static constexpr Kernels k{forwardAvx2, inverseAvx2};
+  static constexpr Kernels k{forwardAvx2, inverseAvx2, magnitudesAvx2};
   return k;
 }
 

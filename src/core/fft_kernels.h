@@ -4,6 +4,8 @@
 // file its own copy, compiled with its own flags.
 #pragma once
 
+#include <cmath>
+
 #include "core/fft.h"
 
 namespace kels::fft {
@@ -81,6 +83,15 @@ inline void mergeSwappedScalar(const float* rr, const float* ri, float* x, int f
   for (int n = from; n < m; ++n) {
     x[2 * n] = ri[n];
     x[2 * n + 1] = rr[n];
+  }
+}
+
+// |X(k)| for k = from .. n/2 - 1 of a packed spectrum; bin k is written at k, below the 2k it is
+// read from, so mag may equal pack once bins 0 and n/2 have been taken care of.
+inline void magnitudesScalar(const float* pack, float* mag, int from, int n) {
+  for (int k = from; k < n / 2; ++k) {
+    const float re = pack[2 * k], im = pack[2 * k + 1];
+    mag[k] = std::sqrt(re * re + im * im);
   }
 }
 

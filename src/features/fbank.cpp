@@ -22,27 +22,24 @@ Length fftLength(int l) {
   return len;
 }
 
-float lnF(float x) { return float(std::log(double(x))); }
-float expF(float x) { return float(std::exp(double(x))); }
-
-void melPositions(float sampleRate, float low, float high, int nFilter, float melMul,
-                  float melDiv, int n, float* mel, float* pos) {
-  const float rB = 1.0f / melDiv;
-  const float melLow = melMul * lnF(low * rB + 1.0f);
-  const float melHigh = melMul * lnF(high * rB + 1.0f);
-  const float delta = melHigh - melLow;
-  const float step = 1.0f / float(nFilter + 1);
-  const float rA = 1.0f / melMul, rRate = 1.0f / sampleRate;
+void melPositions(double sampleRate, double low, double high, int nFilter, double melMul,
+                  double melDiv, int n, double* mel, double* pos) {
+  const double melLow = melOf(low, melMul, melDiv), delta = melOf(high, melMul, melDiv) - melLow;
   for (int i = 0; i < nFilter + 2; ++i) {
-    mel[i] = step * (float(i) * delta) + melLow;
-    pos[i] = (expF(mel[i] * rA) - 1.0f) * rRate * float(n) * melDiv;
+    mel[i] = (1.0 / (nFilter + 1)) * (i * delta) + melLow;
+    pos[i] = hzOf(mel[i], melMul, melDiv) * (1.0 / sampleRate) * n;
   }
 }
 
-Kels32s centreBin(float pos, bool round, int n) {
-  if (!(pos > 0.0f)) return 0;
-  if (pos >= float(n / 2)) return n / 2;
-  return Kels32s(round ? roundEven(pos) : pos);  // below N/2 <= 2^29: in range
+// A position within 1e-9 of a whole bin is that bin, however it is rounded or truncated: the
+// last centre of a bank whose high frequency is exactly half the rate is N/2 in exact
+// arithmetic, and a last-place error must not truncate it to N/2 - 1.
+Kels32s centreBin(double pos, bool round, int n) {
+  if (!(pos > 0)) return 0;
+  if (pos >= n / 2) return n / 2;
+  const double near = std::nearbyint(pos);
+  if (std::fabs(pos - near) <= 1e-9 * (1 + pos)) return Kels32s(near);
+  return Kels32s(round ? roundEven(pos) : std::trunc(pos));  // below N/2 <= 2^29: in range
 }
 
 namespace {
@@ -80,9 +77,10 @@ float weightedSum(const float* w, const Run& r, const In* x) {
 }
 
 // Output j-1 = the rising weights times bins c[j-1]..c[j] plus the falling weights times bins
-// c[j]+1..c[j+1], summed in bin order.
+// c[j]+1..c[j+1], summed in bin order from 0. This form serves any centres the accessors let
+// through; spanSums below is the same arithmetic for ordered centres.
 template <class In>
-void weightedSums(const Bank& b, const In* x, float* out) {
+void filterSums(const Bank& b, const In* x, float* out) {
   for (int j = 1; j <= b.nFilter; ++j) {
     const float rise = weightedSum(b.lower[j - 1], inSpectrum(riseRun(b, j), b.n), x);
     const Run fall = inSpectrum(fallRun(b, j), b.n);
@@ -90,6 +88,50 @@ void weightedSums(const Bank& b, const In* x, float* out) {
     for (long long i = fall.first; i <= fall.last; ++i) acc += b.upper[j - 1][i] * float(x[fall.bin0 + i]);
     out[j - 1] = acc;
   }
+}
+
+// Centres in order within the spectrum, as every builder makes them.
+bool ordered(const Bank& b) {
+  const Kels32s* c = b.centers;
+  if (c[0] < 0 || c[b.nFilter + 1] > b.n / 2) return false;
+  for (int i = 0; i <= b.nFilter; ++i)
+    if (c[i] > c[i + 1]) return false;
+  return true;
+}
+
+// Each span c[s] .. c[s+1] is walked once: it ends filter s (falling over c[s]+1 .. c[s+1]) and
+// starts filter s+1 (rising over c[s] .. c[s+1]); the two sums run side by side. Every filter
+// still adds its bins in ascending order from 0, so the results are filterSums' to the bit.
+template <class In>
+void spanSums(const Bank& b, const In* x, float* out) {
+  const Kels32s* c = b.centers;
+  const int nFilter = b.nFilter;
+  float next = 0.0f;
+  for (int k = c[0]; k <= c[1]; ++k) next += b.lower[0][k - c[0]] * float(x[k]);
+  for (int s = 1; s <= nFilter; ++s) {
+    const int lo = c[s], hi = c[s + 1];
+    const float* fallW = b.upper[s - 1];  // element 0 at bin lo + 1
+    float cur = next;
+    if (s < nFilter) {
+      const float* riseW = b.lower[s];  // element 0 at bin lo
+      next = 0.0f;
+      next += riseW[0] * float(x[lo]);
+      for (int k = lo + 1; k <= hi; ++k) {
+        const float v = float(x[k]);
+        cur += fallW[k - lo - 1] * v;
+        next += riseW[k - lo] * v;
+      }
+    } else {
+      for (int k = lo + 1; k <= hi; ++k) cur += fallW[k - lo - 1] * float(x[k]);
+    }
+    out[s - 1] = cur;
+  }
+}
+
+template <class In>
+void weightedSums(const Bank& b, const In* x, float* out) {
+  if (ordered(b)) spanSums(b, x, out);
+  else filterSums(b, x, out);
 }
 
 // ---- building --------------------------------------------------------------------------------
@@ -146,7 +188,7 @@ void setHeader(Bank& b, Length len, int nFilter, int mode, float melMul, float m
 // Everything but the weights: header, FFT, centres, the builder's scratch of 2 (nFilter + 2)
 // floats, the rows. On failure what was allocated stays attached to the record for Free.
 template <class Obj>
-KelsStatus allocateBank(Obj** handle, Obj*& obj, Owned<float>& scratch, Length len, int nFilter,
+KelsStatus allocateBank(Obj** handle, Obj*& obj, Owned<double>& scratch, Length len, int nFilter,
                         int mode, float melMul, float melDiv, bool withFft) {
   obj = newRecord(handle);
   if (obj == nullptr) return kelErrMemAlloc;
@@ -155,7 +197,7 @@ KelsStatus allocateBank(Obj** handle, Obj*& obj, Owned<float>& scratch, Length l
   if (KelsStatus st = allocateFft(b, withFft); st != kelOk) return st;
   b.centers = static_cast<Kels32s*>(alloc32(nFilter + 2));
   if (b.centers == nullptr) return kelErrMemAlloc;
-  scratch.reset(static_cast<float*>(alloc32(2 * (nFilter + 2))));
+  scratch.reset(static_cast<double*>(alloc32(4 * (nFilter + 2))));
   if (!scratch) return kelErrMemAlloc;
   return allocateRows(b);
 }
@@ -175,7 +217,7 @@ KelsStatus allocateExtras(KelsMelFBank_16s* obj) {
 // Triangles over bins: mode 2 from rounded centres with linear weights; mode 1 from truncated
 // centres with weights interpolated in a warped domain: rise(j, k) and fall(j, k) give them.
 template <class Rise, class Fall>
-void fillTriangles(Bank& b, const float* pos, Rise rise, Fall fall) {
+void fillTriangles(Bank& b, const double* pos, Rise rise, Fall fall) {
   const bool linear = (b.mode & 3) == kModeLinear;
   for (int i = 0; i < b.nFilter + 2; ++i) b.centers[i] = centreBin(pos[i], linear, b.n);
   for (int j = 1; j <= b.nFilter; ++j) {
@@ -187,8 +229,8 @@ void fillTriangles(Bank& b, const float* pos, Rise rise, Fall fall) {
       for (int k = mid + 1; k <= hi; ++k) uw[k - mid - 1] = fallLinear(k, mid, hi);
     } else {
       lw[0] = 0.0f;  // the left edge bin has weight 0
-      for (int k = lo + 1; k <= mid; ++k) lw[k - lo] = rise(j, k);
-      for (int k = mid + 1; k <= hi; ++k) uw[k - mid - 1] = fall(j, k);
+      for (int k = lo + 1; k <= mid; ++k) lw[k - lo] = float(rise(j, k));
+      for (int k = mid + 1; k <= hi; ++k) uw[k - mid - 1] = float(fall(j, k));
     }
   }
 }
@@ -220,20 +262,19 @@ KelsStatus melBank(Obj** handle, int* order, int l, float rate, float low, float
   const Length len = fftLength(l);
   *order = len.order;
   Obj* obj = nullptr;
-  Owned<float> scratch;
+  Owned<double> scratch;
   if (KelsStatus st = allocateBank(handle, obj, scratch, len, nFilter, mode, melMul, melDiv,
                                    (mode & kModeFrame) != 0);
       st != kelOk)
     return st;
   Bank& b = obj->b;
-  float* mel = scratch.get();
-  float* pos = mel + nFilter + 2;
+  double* mel = scratch.get();
+  double* pos = mel + nFilter + 2;
   melPositions(rate, low, high, nFilter, melMul, melDiv, len.n, mel, pos);
-  const float binHz = 1.0f / float(len.n);
-  auto melAt = [&](int k) { return melMul * lnF(1.0f + float(k) * binHz * rate / melDiv); };
+  auto melAt = [&](int k) { return melOf(k * (1.0 / len.n) * rate, melMul, melDiv); };
   fillTriangles(
-      b, pos, [&](int j, int k) { return (melAt(k) - mel[j - 1]) * (1.0f / (mel[j] - mel[j - 1])); },
-      [&](int j, int k) { return (mel[j + 1] - melAt(k)) * (1.0f / (mel[j + 1] - mel[j])); });
+      b, pos, [&](int j, int k) { return (melAt(k) - mel[j - 1]) * (1.0 / (mel[j] - mel[j - 1])); },
+      [&](int j, int k) { return (mel[j + 1] - melAt(k)) * (1.0 / (mel[j + 1] - mel[j])); });
   if (KelsStatus st = allocateExtras(obj); st != kelOk) return st;
   b.ready = 1;
   return kelOk;
@@ -268,36 +309,32 @@ KelsStatus melLinBank(Obj** handle, int* order, int l, float rate, float low, fl
   const Length len = fftLength(l);
   *order = len.order;
   Obj* obj = nullptr;
-  Owned<float> scratch;
+  Owned<double> scratch;
   if (KelsStatus st = allocateBank(handle, obj, scratch, len, nFilter, mode, melMul, melDiv,
                                    (mode & kModeFrame) != 0);
       st != kelOk)
     return st;
   Bank& b = obj->b;
-  float* warp = scratch.get();  // Hz up to point nLinear, mel from there on
-  float* pos = warp + nFilter + 2;
-  const float rB = 1.0f / melDiv, rA = 1.0f / melMul, rRate = 1.0f / rate;
-  const float start = nLinear > 0 ? linearEnd : low;
-  const float melStart = melMul * lnF(start * rB + 1.0f);
-  const float melStep = (melMul * lnF(high * rB + 1.0f) - melStart) / float(nFilter + 1 - nLinear);
-  const float hzStep = nLinear > 0 ? (linearEnd - low) / float(nLinear) : 0.0f;
+  double* warp = scratch.get();  // Hz up to point nLinear, mel from there on
+  double* pos = warp + nFilter + 2;
+  const double start = nLinear > 0 ? linearEnd : low;
+  const double melStart = melOf(start, melMul, melDiv);
+  const double melStep = (melOf(high, melMul, melDiv) - melStart) / (nFilter + 1 - nLinear);
+  const double hzStep = nLinear > 0 ? (double(linearEnd) - low) / nLinear : 0.0;
   for (int i = 0; i < nFilter + 2; ++i) {
-    float hz;
+    double hz;
     if (i <= nLinear && nLinear > 0) {
-      hz = i == nLinear ? linearEnd : low + float(i) * hzStep;
+      hz = i == nLinear ? linearEnd : low + i * hzStep;
       warp[i] = hz;
     } else {
-      warp[i] = melStart + float(i - nLinear) * melStep;
-      hz = (expF(warp[i] * rA) - 1.0f) * melDiv;
+      warp[i] = melStart + (i - nLinear) * melStep;
+      hz = hzOf(warp[i], melMul, melDiv);
     }
-    pos[i] = hz * rRate * float(len.n);
+    pos[i] = hz * (1.0 / rate) * len.n;
   }
-  const float binHz = rate / float(len.n);
+  const double binHz = double(rate) / len.n;
   auto linearPart = [&](int i) { return nLinear > 0 && i <= nLinear; };
-  auto warpAt = [&](int k, bool inHz) {
-    const float hz = float(k) * binHz;
-    return inHz ? hz : melMul * lnF(hz * rB + 1.0f);
-  };
+  auto warpAt = [&](int k, bool inHz) { return inHz ? k * binHz : melOf(k * binHz, melMul, melDiv); };
   auto warpOf = [&](int i, bool inHz) {  // point i in the domain of its neighbour's segment
     return inHz || !linearPart(i) ? warp[i] : melStart;  // only the junction point nLinear
   };
@@ -305,13 +342,13 @@ KelsStatus melLinBank(Obj** handle, int* order, int l, float rate, float low, fl
       b, pos,
       [&](int j, int k) {
         const bool hz = linearPart(j);
-        const float a = warpOf(j - 1, hz), c = warpOf(j, hz);
-        return (warpAt(k, hz) - a) * (1.0f / (c - a));
+        const double a = warpOf(j - 1, hz), c = warpOf(j, hz);
+        return (warpAt(k, hz) - a) * (1.0 / (c - a));
       },
       [&](int j, int k) {
         const bool hz = linearPart(j + 1);
-        const float a = warpOf(j, hz), c = warpOf(j + 1, hz);
-        return (c - warpAt(k, hz)) * (1.0f / (c - a));
+        const double a = warpOf(j, hz), c = warpOf(j + 1, hz);
+        return (c - warpAt(k, hz)) * (1.0 / (c - a));
       });
   if (KelsStatus st = allocateExtras(obj); st != kelOk) return st;
   b.ready = 1;
@@ -324,14 +361,13 @@ KelsStatus melLinBank(Obj** handle, int* order, int l, float rate, float low, fl
 constexpr float kFixedMul = 2595.0f, kFixedDiv = 700.0f;
 constexpr int kFixedN = 128;
 
-void fixedCentres(Bank& b, float from, int steps) {
-  const float rB = 1.0f / kFixedDiv;
-  const float melFrom = kFixedMul * lnF(from * rB + 1.0f);
-  const float step = (kFixedMul * lnF(4000.0f * rB + 1.0f) - melFrom) / float(steps);
-  const float scale = float(kFixedN) * (1.0f / 8000.0f) * kFixedDiv;
+void fixedCentres(Bank& b, double from, int steps) {
+  const double melFrom = melOf(from, kFixedMul, kFixedDiv);
+  const double step = (melOf(4000, kFixedMul, kFixedDiv) - melFrom) / steps;
+  const double scale = kFixedN * (1.0 / 8000) * kFixedDiv;
   for (int i = 0; i < b.nFilter + 2; ++i) {
-    float pos = (expF((melFrom + float(i) * step) / kFixedMul) - 1.0f) * scale;
-    if (pos >= float(kFixedN / 2)) pos = float(kFixedN / 2);
+    double pos = std::expm1((melFrom + i * step) / kFixedMul) * scale;
+    if (pos >= kFixedN / 2) pos = kFixedN / 2;
     b.centers[i] = centreBin(pos, true, kFixedN);
   }
 }
@@ -365,7 +401,7 @@ KelsStatus fixedBank(Obj** handle, bool low) {
   if (KelsStatus st = ArgCheck{}.ptr(handle); st != kelOk) return st;
   const int nFilter = low ? 25 : 3;
   Obj* obj = nullptr;
-  Owned<float> scratch;
+  Owned<double> scratch;
   if (KelsStatus st = allocateBank(handle, obj, scratch, fftLength(kFixedN), nFilter, kModeLinear,
                                    kFixedMul, kFixedDiv, false);
       st != kelOk)
@@ -400,7 +436,7 @@ KelsStatus emptyBank(Obj** handle, int* order, int l, int nFilter, int mode) {
   const Length len = fftLength(l);
   *order = len.order;
   Obj* obj = nullptr;
-  Owned<float> scratch;
+  Owned<double> scratch;
   // Stored as mode 1 whatever was asked: an empty bank is evaluated on spectra. Bit 4 still
   // buys the FFT and its buffer.
   if (KelsStatus st = allocateBank(handle, obj, scratch, len, nFilter, kModeMel, 0.0f, 1.0f,
@@ -472,7 +508,8 @@ bool centresPass(const Kels32s* c, int nFilter, int n) {
   return c[nFilter + 1] <= n / 2;
 }
 
-KelsStatus getCenters(const KelsMelFBank_32f* obj, int* centres) {
+template <class Obj>
+KelsStatus getCenters(const Obj* obj, int* centres) {
   if (KelsStatus st = ArgCheck{}.ptrs(obj, centres); st != kelOk) return st;
   const Bank& b = obj->b;
   if (KelsStatus st = ArgCheck{}
@@ -485,7 +522,8 @@ KelsStatus getCenters(const KelsMelFBank_32f* obj, int* centres) {
   return kelOk;
 }
 
-KelsStatus setCenters(KelsMelFBank_32f* obj, const int* centres) {
+template <class Obj>
+KelsStatus setCenters(Obj* obj, const int* centres) {
   if (KelsStatus st = ArgCheck{}.ptrs(centres, obj); st != kelOk) return st;
   Bank& b = obj->b;
   if (KelsStatus st = ArgCheck{}.ptr(b.centers).data(
@@ -499,7 +537,8 @@ KelsStatus setCenters(KelsMelFBank_32f* obj, const int* centres) {
 
 // A filter's weights as one run: its rising values, then its falling ones. Filter nFilter + 1
 // has only a rising run (there is no c[nFilter+2]).
-KelsStatus checkCoeffs(const KelsMelFBank_32f* obj, int j, const void* w, int lastFilter) {
+template <class Obj>
+KelsStatus checkCoeffs(const Obj* obj, int j, const void* w, int lastFilter) {
   if (KelsStatus st = ArgCheck{}.ptrs(obj, w); st != kelOk) return st;
   const Bank& b = obj->b;
   return ArgCheck{}
@@ -508,7 +547,8 @@ KelsStatus checkCoeffs(const KelsMelFBank_32f* obj, int j, const void* w, int la
       .arg(b.centers != nullptr && b.lower != nullptr && b.upper != nullptr, kelErrNullPtr);
 }
 
-KelsStatus getCoeffs(const KelsMelFBank_32f* obj, int j, float* w) {
+template <class Obj>
+KelsStatus getCoeffs(const Obj* obj, int j, float* w) {
   if (KelsStatus st = checkCoeffs(obj, j, w, obj ? obj->b.nFilter + 1 : 0); st != kelOk) return st;
   const Bank& b = obj->b;
   const Run r = riseRun(b, j);
@@ -520,7 +560,8 @@ KelsStatus getCoeffs(const KelsMelFBank_32f* obj, int j, float* w) {
   return kelOk;
 }
 
-KelsStatus setCoeffs(KelsMelFBank_32f* obj, int j, const float* w) {
+template <class Obj>
+KelsStatus setCoeffs(Obj* obj, int j, const float* w) {
   if (KelsStatus st = checkCoeffs(obj, j, w, obj ? obj->b.nFilter : 0); st != kelOk) return st;
   Bank& b = obj->b;
   const Run r = riseRun(b, j), f = fallRun(b, j);
@@ -559,12 +600,6 @@ KelsStatus freeBank(KelsMelFBank_16s* obj) {
   return kelOk;
 }
 
-// The 16s record starts with the same Bank, so the accessors serve both.
-const KelsMelFBank_32f* asFloatBank(const KelsMelFBank_16s* obj) {
-  return reinterpret_cast<const KelsMelFBank_32f*>(obj);
-}
-KelsMelFBank_32f* asFloatBank(KelsMelFBank_16s* obj) { return reinterpret_cast<KelsMelFBank_32f*>(obj); }
-
 // ---- warping ---------------------------------------------------------------------------------
 
 KelsStatus checkWarp(const Kels32f* src, const Kels32f* dst, int len, float melMul, float melDiv) {
@@ -579,16 +614,14 @@ using namespace kels::fbank;
 extern "C" KELS_API KelsStatus KELS_CALL kelsLinearToMel_32f(const Kels32f* src, Kels32f* dst, int len,
                                                           Kels32f melMul, Kels32f melDiv) {
   if (KelsStatus st = checkWarp(src, dst, len, melMul, melDiv); st != kelOk) return st;
-  const float rB = 1.0f / melDiv;
-  for (int i = 0; i < len; ++i) dst[i] = melMul * lnF(1.0f + src[i] * rB);
+  for (int i = 0; i < len; ++i) dst[i] = float(melOf(src[i], melMul, melDiv));
   return kelOk;
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsMelToLinear_32f(const Kels32f* src, Kels32f* dst, int len,
                                                           Kels32f melMul, Kels32f melDiv) {
   if (KelsStatus st = checkWarp(src, dst, len, melMul, melDiv); st != kelOk) return st;
-  const float rA = 1.0f / melMul;
-  for (int i = 0; i < len; ++i) dst[i] = (expF(src[i] * rA) - 1.0f) * melDiv;
+  for (int i = 0; i < len; ++i) dst[i] = float(hzOf(src[i], melMul, melDiv));
   return kelOk;
 }
 
@@ -655,25 +688,25 @@ extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCenters_32f(const KelsMelFB
   return getCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCenters_16s(const KelsMelFBank_16s* obj, int* centres) {
-  return getCenters(asFloatBank(obj), centres);
+  return getCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCenters_32f(KelsMelFBank_32f* obj, const int* centres) {
   return setCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCenters_16s(KelsMelFBank_16s* obj, const int* centres) {
-  return setCenters(asFloatBank(obj), centres);
+  return setCenters(obj, centres);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCoeffs_32f(const KelsMelFBank_32f* obj, int j, Kels32f* w) {
   return getCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankGetCoeffs_16s(const KelsMelFBank_16s* obj, int j, Kels32f* w) {
-  return getCoeffs(asFloatBank(obj), j, w);
+  return getCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCoeffs_32f(KelsMelFBank_32f* obj, int j, const Kels32f* w) {
   return setCoeffs(obj, j, w);
 }
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankSetCoeffs_16s(KelsMelFBank_16s* obj, int j, const Kels32f* w) {
-  return setCoeffs(asFloatBank(obj), j, w);
+  return setCoeffs(obj, j, w);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsFBankFree_32f(KelsMelFBank_32f* obj) { return freeBank(obj); }

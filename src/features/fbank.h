@@ -3,6 +3,7 @@
 // Warping: mel(f) = A ln(1 + f / B), f(m) = B (exp(m / A) - 1).
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include <kelsr.h>
@@ -42,21 +43,29 @@ struct Length {
 Length fftLength(int l);
 constexpr int kMaxLength = 1 << 30;  // N must fit the record's 32-bit field
 
-// float ln and exp through the double functions, rounded once.
-float lnF(float x);
-float expF(float x);
+// mel(f) = A ln(1 + f (1/B)) and f(m) = B (exp(m (1/A)) - 1), in double: forming 1 + f/B in
+// float would lose most digits of a small f.
+inline double melOf(double f, double melMul, double melDiv) { return melMul * std::log1p(f * (1.0 / melDiv)); }
+inline double hzOf(double m, double melMul, double melDiv) { return std::expm1(m * (1.0 / melMul)) * melDiv; }
 
-// Exact bin positions of nFilter + 2 points evenly spaced in mel between low and high, by the
-// documented float formula (shared by the float builders and the fixed-point bank).
-void melPositions(float sampleRate, float low, float high, int nFilter, float melMul,
-                  float melDiv, int n, float* mel, float* pos);
+// Bin position of point i of nFilter + 2 evenly spaced in mel between low and high.
+inline double melPosition(int i, double sampleRate, double low, double high, int nFilter,
+                          double melMul, double melDiv, int n) {
+  const double melLow = melOf(low, melMul, melDiv), delta = melOf(high, melMul, melDiv) - melLow;
+  const double mel = (1.0 / (nFilter + 1)) * (i * delta) + melLow;
+  return hzOf(mel, melMul, melDiv) * (1.0 / sampleRate) * n;
+}
+// Exact bin positions of nFilter + 2 points evenly spaced in mel between low and high
+// (shared by the float builders and the fixed-point bank).
+void melPositions(double sampleRate, double low, double high, int nFilter, double melMul,
+                  double melDiv, int n, double* mel, double* pos);
 // Mode-2 weights, linear over bins: rising (k - lo + 1)/(mid - lo + 1), 1 at the peak; falling
 // (hi + 1 - k)/(hi - mid + 1).
 inline float riseLinear(int k, int lo, int mid) { return float(k - lo + 1) / float(mid - lo + 1); }
 inline float fallLinear(int k, int mid, int hi) { return float(hi + 1 - k) / float(hi - mid + 1); }
-// A float bin position as a centre: rounded (mode 2) or truncated (mode 1), within 0..N/2 (a
-// NaN or negative position, only possible with degenerate warping parameters, becomes 0).
-Kels32s centreBin(float pos, bool round, int n);
+// A bin position as a centre: rounded (mode 2) or truncated (mode 1), within 0..N/2 (a NaN or
+// negative position, only possible with degenerate warping parameters, becomes 0).
+Kels32s centreBin(double pos, bool round, int n);
 
 }  // namespace kels::fbank
 
