@@ -77,7 +77,8 @@ void BM_DecimPlain(benchmark::State& st) {
         ex += float(xs[k] * xs[k]);
         ey += float(y[std::size_t(k)] * y[std::size_t(k)]);
       }
-      out[std::size_t(i)] = std::fabs(ex * ey) > 1.17549435e-38f ? c / (std::sqrt(ey) * std::sqrt(ex)) : 0;
+      out[std::size_t(i)] =
+          std::fabs(ex * ey) > 1.17549435e-38f ? c / (std::sqrt(ey) * std::sqrt(ex)) : 0;
     }
     benchmark::DoNotOptimize(out.data());
   }

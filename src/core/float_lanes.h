@@ -31,7 +31,9 @@ struct ScalarLanes {
   static V abs(V a) { return std::fabs(a); }
   static V zeroWhereEitherZero(V v, V a, V b) { return a == 0.0f || b == 0.0f ? 0.0f : v; }
   // ((p0^2 + p1^2) + p2^2) + p3^2 for one group of four.
-  static V sumSquares4(const float* p) { return ((p[0] * p[0] + p[1] * p[1]) + p[2] * p[2]) + p[3] * p[3]; }
+  static V sumSquares4(const float* p) {
+    return ((p[0] * p[0] + p[1] * p[1]) + p[2] * p[2]) + p[3] * p[3];
+  }
 };
 
 #if defined(__SSE2__)
@@ -116,7 +118,8 @@ struct Avx512Lanes {
   static V abs(V a) { return _mm512_abs_ps(a); }
   static V zeroWhereEitherZero(V v, V a, V b) {
     const V z = _mm512_setzero_ps();
-    const __mmask16 zero = _mm512_cmp_ps_mask(a, z, _CMP_EQ_OQ) | _mm512_cmp_ps_mask(b, z, _CMP_EQ_OQ);
+    const __mmask16 zero =
+        _mm512_cmp_ps_mask(a, z, _CMP_EQ_OQ) | _mm512_cmp_ps_mask(b, z, _CMP_EQ_OQ);
     return _mm512_maskz_mov_ps(__mmask16(~zero), v);
   }
   // As for AVX2, with four 128-bit quarters: quarter c holds groups c, c+4, c+8, c+12.

@@ -2,8 +2,8 @@
 // recursive noise estimate, the two-stage Wiener gain, SNR-dependent waveform processing and
 // blind cepstral equalisation. Stateless: what persists between frames is the caller's.
 #include <algorithm>
-#include <cstdint>
 #include <cmath>
+#include <cstdint>
 
 #include "core/check.h"
 #include "dsrfe/kernels/front_end_table.h"
@@ -11,11 +11,11 @@
 namespace kels::dsrfe {
 namespace {
 
-constexpr int kFrame = 200;      // samples per frame at 8 kHz
-constexpr int kMinPeriod = 25;   // closest two pitch peaks may be
-constexpr int kMaxPeriod = 79;   // farthest a search reaches from the last peak
+constexpr int kFrame = 200;           // samples per frame at 8 kHz
+constexpr int kMinPeriod = 25;        // closest two pitch peaks may be
+constexpr int kMaxPeriod = 79;        // farthest a search reaches from the last peak
 constexpr int kMaxPeaksPerSide = 20;  // 200 / 25 < 8 occur; room to spare
-constexpr int kLead = 4;         // weighting starts this many samples before a peak
+constexpr int kLead = 4;              // weighting starts this many samples before a peak
 
 // Length: a positive multiple of four (the output pairs two complex bins).
 KelsStatus checkSpectrum(const void* src, const void* dst, int len) {
@@ -59,7 +59,8 @@ KelsStatus smoothedPowerSpectrum16s(const Kels16s* x, Kels16s* dst, int len) {
   const int m = len / 4;
   const auto sq = [](Kels16s v) { return std::int32_t(v) * v; };
   // No lower clamp for bin 0: three halved squares cannot wrap.
-  const Kels16s first = Kels16s(std::min((sq(x[0]) >> 1) + (sq(x[2]) >> 1) + (sq(x[3]) >> 1), 32767));
+  const Kels16s first =
+      Kels16s(std::min((sq(x[0]) >> 1) + (sq(x[2]) >> 1) + (sq(x[3]) >> 1), 32767));
   const Kels16s nyquist = Kels16s(std::min(sq(x[1]), 32767));  // not halved, unlike the rest
   for (int k = 1; k < m; ++k) dst[k] = halvedPairPower(x + 4 * k);
   dst[0] = first;
@@ -92,12 +93,16 @@ int pickPeaks(const float* contour, std::int16_t* peaks) {
   std::int16_t left[kMaxPeaksPerSide], right[kMaxPeaksPerSide];
   const int p0 = argMax(contour, 0, kFrame - 1);
   int nRight = 0;
-  for (int p = p0; p + kMinPeriod < kFrame && nRight < kMaxPeaksPerSide;)
-    right[nRight++] = std::int16_t(p = argMax(contour, p + kMinPeriod, std::min(p + kMaxPeriod, kFrame - 1)));
+  for (int p = p0; p + kMinPeriod < kFrame && nRight < kMaxPeaksPerSide;) {
+    p = argMax(contour, p + kMinPeriod, std::min(p + kMaxPeriod, kFrame - 1));
+    right[nRight++] = std::int16_t(p);
+  }
   // A peak at 25 starts no leftward search although sample 0 is 25 away: the front end's rule.
   int nLeft = 0;
-  for (int p = p0; p - kMinPeriod >= 1 && nLeft < kMaxPeaksPerSide;)
-    left[nLeft++] = std::int16_t(p = argMax(contour, std::max(p - kMaxPeriod, 0), p - kMinPeriod));
+  for (int p = p0; p - kMinPeriod >= 1 && nLeft < kMaxPeaksPerSide;) {
+    p = argMax(contour, std::max(p - kMaxPeriod, 0), p - kMinPeriod);
+    left[nLeft++] = std::int16_t(p);
+  }
   int count = 0;
   for (int i = nLeft - 1; i >= 0; --i) peaks[count++] = left[i];
   peaks[count++] = std::int16_t(p0);
@@ -172,18 +177,21 @@ KelsStatus blindEqualization(const float* ref, float* cep, float* bias, int len,
 using namespace kels::dsrfe;
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsSmoothedPowerSpectrumAurora_32f(const Kels32f* pSrc,
-                                                                            Kels32f* pDst, int len) {
+                                                                             Kels32f* pDst,
+                                                                             int len) {
   return smoothedPowerSpectrum(pSrc, pDst, len);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsSmoothedPowerSpectrumAurora_16s(const Kels16s* pSrc,
-                                                                            Kels16s* pDst, int len) {
+                                                                             Kels16s* pDst,
+                                                                             int len) {
   return smoothedPowerSpectrum16s(pSrc, pDst, len);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsNoiseSpectrumUpdate_Aurora_32f(const Kels32f* pSrcX,
-                                                                           const Kels32f* pSrcY,
-                                                                           Kels32f* pDst, int len) {
+                                                                            const Kels32f* pSrcY,
+                                                                            Kels32f* pDst,
+                                                                            int len) {
   return noiseSpectrumUpdate(pSrcX, pSrcY, pDst, len);
 }
 
@@ -193,13 +201,13 @@ extern "C" KELS_API KelsStatus KELS_CALL kelsWienerFilterDesign_Aurora_32f(
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsWaveProcessing_Aurora_32f(const Kels32f* pSrc,
-                                                                      Kels32f* pDst) {
+                                                                       Kels32f* pDst) {
   return waveProcessing(pSrc, pDst);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsBlindEqualization_Aurora_32f(const Kels32f* pRefCep,
-                                                                         Kels32f* pCep,
-                                                                         Kels32f* pBias, int len,
-                                                                         Kels32f logEnergy) {
+                                                                          Kels32f* pCep,
+                                                                          Kels32f* pBias, int len,
+                                                                          Kels32f logEnergy) {
   return blindEqualization(pRefCep, pCep, pBias, len, logEnergy);
 }

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdint>
 
-#include "core/check.h"
 #include "core/alloc.h"
+#include "core/check.h"
 #include "pitch/kernels/xcorr_table.h"
 
 namespace kels::pitch {
@@ -45,7 +45,8 @@ KelsStatus crossCorrCoeff(const Kels16s* x, const Kels16s* y, int len, float* ds
   return kelOk;
 }
 
-KelsStatus crossCorrCoeffPartial(const Kels16s* x, const Kels16s* y, int len, float ex, float* dst) {
+KelsStatus crossCorrCoeffPartial(const Kels16s* x, const Kels16s* y, int len, float ex,
+                                 float* dst) {
   if (KelsStatus st = checkPartial(x, y, len, ex, dst); st != kelOk) return st;
   const XcorrKernels& k = xcorrKernels();
   const float ey = float(k.dot(y, y, len));
@@ -59,7 +60,8 @@ KelsStatus crossCorrCoeffPartial(const Kels16s* x, const Kels16s* y, int len, fl
 // the result. Only every d-th sample takes part, so the lattice is gathered once: yd[j] = y[j d]
 // and xr, x's lattice through its last window reversed, so that lag i's terms read
 // xr[a + i - j] * yd[j] and neighbouring lags sit side by side in memory.
-KelsStatus crossCorrCoeffDecim(const Kels16s* x, const Kels16s* y, int n, int m, float* dst, int d) {
+KelsStatus crossCorrCoeffDecim(const Kels16s* x, const Kels16s* y, int n, int m, float* dst,
+                               int d) {
   if (KelsStatus st = checkDecim(x, y, n, m, dst, d); st != kelOk) return st;
   const int lags = (n - m) / d + 1;
   const int a = (m - 1) / d;  // lag 0 has a + 1 terms, each later lag one more
@@ -125,21 +127,22 @@ KelsStatus crossCorrCoeffInterpolation(const Kels16s* x, const Kels16s* y, int l
 using namespace kels::pitch;
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsCrossCorrCoeff_16s32f(const Kels16s* pSrc1,
-                                                                  const Kels16s* pSrc2, int len,
-                                                                  Kels32f* pDst) {
+                                                                   const Kels16s* pSrc2, int len,
+                                                                   Kels32f* pDst) {
   return crossCorrCoeff(pSrc1, pSrc2, len, pDst);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsCrossCorrCoeffPartial_16s32f(const Kels16s* pSrc1,
-                                                                         const Kels16s* pSrc2,
-                                                                         int len, Kels32f energy,
-                                                                         Kels32f* pDst) {
+                                                                          const Kels16s* pSrc2,
+                                                                          int len, Kels32f energy,
+                                                                          Kels32f* pDst) {
   return crossCorrCoeffPartial(pSrc1, pSrc2, len, energy, pDst);
 }
 
 extern "C" KELS_API KelsStatus KELS_CALL kelsCrossCorrCoeffDecim_16s32f(const Kels16s* pSrc1,
-                                                                       const Kels16s* pSrc2, int n,
-                                                                       int m, Kels32f* pDst, int d) {
+                                                                        const Kels16s* pSrc2, int n,
+                                                                        int m, Kels32f* pDst,
+                                                                        int d) {
   return crossCorrCoeffDecim(pSrc1, pSrc2, n, m, pDst, d);
 }
 

@@ -21,11 +21,15 @@ constexpr int kBins = kFft / 4 + 1;  // 65 smoothed bins
 constexpr int kLeadIn = 1600;        // 0.2 s of noise alone before the vowels
 const double kPi = std::acos(-1.0);
 
-struct Vowel { double f0, f1, f2, f3; };
+struct Vowel {
+  double f0, f1, f2, f3;
+};
 
 // Harmonics of f0 shaped by three formant bumps, one vowel after another with a short glide.
 std::vector<float> vowels(test::Rng& rng) {
-  const Vowel seq[] = {{120, 730, 1090, 2440}, {140, 270, 2290, 3010}, {110, 300, 870, 2240},
+  const Vowel seq[] = {{120, 730, 1090, 2440},
+                       {140, 270, 2290, 3010},
+                       {110, 300, 870, 2240},
                        {130, 530, 1840, 2480}};
   std::vector<float> s(kLeadIn, 0.0f);
   for (const Vowel& v : seq) {
@@ -111,10 +115,13 @@ TEST(FrontEndChain, WienerNoiseReductionRaisesTheMelSpectrumSnr) {
     float pSum = 0, nSum = 0;
     for (int k = 0; k < kBins; ++k) pSum += p[std::size_t(k)], nSum += noise[std::size_t(k)];
     if (pSum < 2 * nSum) {
-      ASSERT_EQ(kelsNoiseSpectrumUpdate_Aurora_32f(p.data(), noise.data(), next.data(), kBins), kelOk);
+      ASSERT_EQ(kelsNoiseSpectrumUpdate_Aurora_32f(p.data(), noise.data(), next.data(), kBins),
+                kelOk);
       noise = next;
     }
-    ASSERT_EQ(kelsWienerFilterDesign_Aurora_32f(p.data(), noise.data(), denoised.data(), gain.data(), kBins), kelOk);
+    ASSERT_EQ(kelsWienerFilterDesign_Aurora_32f(p.data(), noise.data(), denoised.data(),
+                                                gain.data(), kBins),
+              kelOk);
     for (int k = 0; k < kBins; ++k) {
       const float h = gain[std::size_t(k)];
       minGain = std::min(minGain, h), maxGain = std::max(maxGain, h);
@@ -137,14 +144,16 @@ TEST(FrontEndChain, WienerNoiseReductionRaisesTheMelSpectrumSnr) {
   EXPECT_EQ(kelsFBankFree_32f(bank), kelOk);
   kels::release(bank);  // Free keeps the record itself; it came from the library's allocator
 
-  const double snrIn = 10 * std::log10(signal / errNoisy), snrOut = 10 * std::log10(signal / errDenoised);
+  const double snrIn = 10 * std::log10(signal / errNoisy),
+               snrOut = 10 * std::log10(signal / errDenoised);
   segNoisy /= scored, segDenoised /= scored;
-  std::printf("chain: %d frames, gains %.6f .. %.6f, mel SNR %.2f -> %.2f dB, segmental %.2f -> %.2f dB\n",
-              frames, minGain, maxGain, snrIn, snrOut, segNoisy, segDenoised);
+  std::printf(
+      "chain: %d frames, gains %.6f .. %.6f, mel SNR %.2f -> %.2f dB, segmental %.2f -> %.2f dB\n",
+      frames, minGain, maxGain, snrIn, snrOut, segNoisy, segDenoised);
   EXPECT_GE(minGain, 0.0735875f);  // the -22 dB floor
   EXPECT_LT(maxGain, 1.0f);
-  EXPECT_LT(minGain, 0.08f);       // noise-only bins reach the floor
-  EXPECT_GT(maxGain, 0.9f);        // strong harmonics pass almost unchanged
+  EXPECT_LT(minGain, 0.08f);  // noise-only bins reach the floor
+  EXPECT_GT(maxGain, 0.9f);   // strong harmonics pass almost unchanged
   EXPECT_GT(snrOut, snrIn + 0.5);
   EXPECT_GT(segDenoised, segNoisy + 1.0);
 }

@@ -48,7 +48,11 @@ struct Member {
 const Fault<Args> kLenFaults[] = {
     {"len 0", kelErrSize, [](Args& a) { a.len = 0; }},
     {"len -4", kelErrSize, [](Args& a) { a.len = -4; }},
-    {"len 0, null output", kelErrNullPtr, [](Args& a) { a.len = 0; a.dst = nullptr; }},
+    {"len 0, null output", kelErrNullPtr,
+     [](Args& a) {
+       a.len = 0;
+       a.dst = nullptr;
+     }},
 };
 
 std::vector<Member> members() {
@@ -64,19 +68,23 @@ std::vector<Member> members() {
                {{"null x", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
                 {"null y", kelErrNullPtr, [](Args& a) { a.b = nullptr; }},
                 {"null dst", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }}}});
-  m.push_back({"WienerFilterDesign",
-               [](Args& a) { return kelsWienerFilterDesign_Aurora_32f(a.a, a.b, a.c, a.dst, a.len); },
-               {{"null P", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
-                {"null N", kelErrNullPtr, [](Args& a) { a.b = nullptr; }},
-                {"null D", kelErrNullPtr, [](Args& a) { a.c = nullptr; }},
-                {"null H", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }}}});
-  m.push_back({"BlindEqualization",
-               [](Args& a) { return kelsBlindEqualization_Aurora_32f(a.a, a.dst, a.dst2, a.len, 5.0f); },
-               {{"null ref", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
-                {"null cep", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }},
-                {"null bias", kelErrNullPtr, [](Args& a) { a.dst2 = nullptr; }}}});
-  for (auto& member : m) member.faults.insert(member.faults.end(), std::begin(kLenFaults), std::end(kLenFaults));
-  m.push_back({"WaveProcessing", [](Args& a) { return kelsWaveProcessing_Aurora_32f(a.a, a.dst); },
+  m.push_back(
+      {"WienerFilterDesign",
+       [](Args& a) { return kelsWienerFilterDesign_Aurora_32f(a.a, a.b, a.c, a.dst, a.len); },
+       {{"null P", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
+        {"null N", kelErrNullPtr, [](Args& a) { a.b = nullptr; }},
+        {"null D", kelErrNullPtr, [](Args& a) { a.c = nullptr; }},
+        {"null H", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }}}});
+  m.push_back(
+      {"BlindEqualization",
+       [](Args& a) { return kelsBlindEqualization_Aurora_32f(a.a, a.dst, a.dst2, a.len, 5.0f); },
+       {{"null ref", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
+        {"null cep", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }},
+        {"null bias", kelErrNullPtr, [](Args& a) { a.dst2 = nullptr; }}}});
+  for (auto& member : m)
+    member.faults.insert(member.faults.end(), std::begin(kLenFaults), std::end(kLenFaults));
+  m.push_back({"WaveProcessing",
+               [](Args& a) { return kelsWaveProcessing_Aurora_32f(a.a, a.dst); },
                {{"null src", kelErrNullPtr, [](Args& a) { a.a = nullptr; }},
                 {"null dst", kelErrNullPtr, [](Args& a) { a.dst = nullptr; }}}});
   return m;
@@ -133,7 +141,7 @@ TEST(SmoothedPowerSpectrum, FloatMatchesPairedBinPowers) {
   const float four[4] = {3, 100, 4, 5};  // the smallest frame: two outputs
   float two[2];
   ASSERT_EQ(kelsSmoothedPowerSpectrumAurora_32f(four, two, 4), kelOk);
-  EXPECT_EQ(two[0], 25.0f);  // (9 + 16 + 25) / 2
+  EXPECT_EQ(two[0], 25.0f);     // (9 + 16 + 25) / 2
   EXPECT_EQ(two[1], 10000.0f);  // Nyquist, not halved
 }
 
@@ -164,10 +172,10 @@ TEST(SmoothedPowerSpectrum, SixteenBitHalvesWrapsAndSaturates) {
     }
   }
   const std::vector<Kels16s> edges = {
-      5, 200, 7, -3,                      // bin 0: 12 + 24 + 4; Nyquist 40000 saturates
-      -32768, -32768, -32768, -32768,     // 2^31 wraps negative: -32768
-      -32768, -32768, -32768, 32767,      // just below 2^31: saturates high
-      0, 0, 1, 1};                        // each 1 halves to 0
+      5,      200,    7,      -3,      // bin 0: 12 + 24 + 4; Nyquist 40000 saturates
+      -32768, -32768, -32768, -32768,  // 2^31 wraps negative: -32768
+      -32768, -32768, -32768, 32767,   // just below 2^31: saturates high
+      0,      0,      1,      1};      // each 1 halves to 0
   Kels16s out[5];
   ASSERT_EQ(kelsSmoothedPowerSpectrumAurora_16s(edges.data(), out, 16), kelOk);
   EXPECT_EQ(out[0], 40);
@@ -196,11 +204,11 @@ TEST(NoiseSpectrumUpdate, MatchesTheRecursionAndGuardsZeroDivisors) {
   const float xs[] = {0, 1, 0, 5, 10, 3}, ys[] = {0, 1, 2, 0, -1, 0};
   float o[6];
   ASSERT_EQ(kelsNoiseSpectrumUpdate_Aurora_32f(xs, ys, o, 6), kelOk);
-  EXPECT_EQ(o[0], 0.0f);                         // x + y = 0: 0, not NaN
-  EXPECT_NEAR(o[1], 0.995455f, 1e-6f);           // 0.9 + 0.05 (1 + 1/1.1)
-  EXPECT_FLOAT_EQ(o[2], 1.8f);                   // no new energy: 0.9 y
-  EXPECT_EQ(o[3], 0.0f);                         // no noise stays none
-  EXPECT_EQ(o[4], 0.0f);                         // y + 0.1 x = 0
+  EXPECT_EQ(o[0], 0.0f);                // x + y = 0: 0, not NaN
+  EXPECT_NEAR(o[1], 0.995455f, 1e-6f);  // 0.9 + 0.05 (1 + 1/1.1)
+  EXPECT_FLOAT_EQ(o[2], 1.8f);          // no new energy: 0.9 y
+  EXPECT_EQ(o[3], 0.0f);                // no noise stays none
+  EXPECT_EQ(o[4], 0.0f);                // y + 0.1 x = 0
   EXPECT_EQ(o[5], 0.0f);
 }
 
@@ -241,7 +249,8 @@ TEST(BlindEqualization, SubtractsFirstThenStepsWithTheEnergyRule) {
              bias0 = rng.uniformVec<float>(len, -1, 1);
   for (float logE : {-10.0f, 3.296875f, 3.5f, 4.0f, 4.296875f, 20.0f}) {
     auto cep = cep0, bias = bias0;
-    ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), cep.data(), bias.data(), len, logE), kelOk);
+    ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), cep.data(), bias.data(), len, logE),
+              kelOk);
     const Ref mu = std::min(std::max(Ref(logE) - 3.296875L, Ref(0)), Ref(1)) * 9 / 1024;
     for (std::size_t i = 0; i < std::size_t(len); ++i) {
       const Ref c = Ref(cep0[i]) - bias0[i];
@@ -255,10 +264,12 @@ TEST(BlindEqualization, SubtractsFirstThenStepsWithTheEnergyRule) {
   // One array in two roles behaves as the two whole-array steps: with ref = cep the update
   // sees the equalised cepstrum and leaves the bias alone; with cep = bias both end at -mu ref.
   auto cep = cep0, bias = bias0;
-  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(cep.data(), cep.data(), bias.data(), len, 9.0f), kelOk);
+  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(cep.data(), cep.data(), bias.data(), len, 9.0f),
+            kelOk);
   EXPECT_EQ(bias, bias0);
   bias = bias0;
-  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), bias.data(), bias.data(), len, 9.0f), kelOk);
+  ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), bias.data(), bias.data(), len, 9.0f),
+            kelOk);
   for (std::size_t i = 0; i < std::size_t(len); ++i) EXPECT_EQ(bias[i], -(9.0f / 1024) * ref[i]);
 
   float r[] = {0}, c[] = {2}, b[] = {1};  // loud frame: step 9/1024 on the equalised cepstrum
@@ -282,7 +293,8 @@ std::vector<float> runAll(const std::vector<float>& data, int len, std::size_t m
   }
   EXPECT_EQ(kelsNoiseSpectrumUpdate_Aurora_32f(a.data(), b.data(), out.data(), len), kelOk);
   keep(out.data(), len);
-  EXPECT_EQ(kelsWienerFilterDesign_Aurora_32f(a.data(), b.data(), c.data(), out.data(), len), kelOk);
+  EXPECT_EQ(kelsWienerFilterDesign_Aurora_32f(a.data(), b.data(), c.data(), out.data(), len),
+            kelOk);
   keep(out.data(), len);
   std::memcpy(out.data(), b.data(), sizeof(float) * std::size_t(len));
   std::memcpy(out2.data(), c.data(), sizeof(float) * std::size_t(len));

@@ -20,20 +20,23 @@ using test::Ref;
 constexpr int kN = 200;
 
 struct RefWave {
-  std::vector<int> peaks;        // ascending
-  int first = -1;                // the global maximum
-  int nLeft = 0, nRight = 0;     // peaks found on each side of it
+  std::vector<int> peaks;     // ascending
+  int first = -1;             // the global maximum
+  int nLeft = 0, nRight = 0;  // peaks found on each side of it
   std::vector<float> weights;
-  bool ambiguous = false;        // some search had a runner-up within 1e-5 of its maximum
+  bool ambiguous = false;  // some search had a runner-up within 1e-5 of its maximum
 };
 
 RefWave refWave(const std::vector<float>& s) {
   std::vector<Ref> e(kN), c(kN, 0);
   for (int n = 0; n < kN; ++n) {
-    const Ref left = s[std::size_t(n == 0 ? 0 : n - 1)], right = s[std::size_t(n == kN - 1 ? n : n + 1)];
+    const Ref left = s[std::size_t(n == 0 ? 0 : n - 1)],
+              right = s[std::size_t(n == kN - 1 ? n : n + 1)];
     const Ref mid = s[std::size_t(n)];
     // The ends stand in for their missing neighbour by the sample itself.
-    e[std::size_t(n)] = std::fabs(mid * mid - (n == 0 ? mid * right : n == kN - 1 ? mid * left : left * right));
+    e[std::size_t(n)] = std::fabs(mid * mid - (n == 0        ? mid * right
+                                               : n == kN - 1 ? mid * left
+                                                             : left * right));
   }
   for (int n = 0; n < kN; ++n)
     for (int j = -4; j <= 4; ++j) c[std::size_t(n)] += e[std::size_t(std::clamp(n + j, 0, kN - 1))];
@@ -65,7 +68,8 @@ RefWave refWave(const std::vector<float>& s) {
   const int last = int(q.size()) - 1;
   for (int k = 0; k < last; ++k) {
     const int a = std::max(q[std::size_t(k)] - 4, 0);
-    const int b = q[std::size_t(k)] + int(std::trunc(0.8f * float(q[std::size_t(k) + 1] - q[std::size_t(k)]))) - 4;
+    const int b = q[std::size_t(k)] +
+                  int(std::trunc(0.8f * float(q[std::size_t(k) + 1] - q[std::size_t(k)]))) - 4;
     for (int i = a; i < b; ++i) w[std::size_t(i)] = 1.2f;
     const int end = a < b ? b : a;
     if (a > 0) w[std::size_t(a - 1)] = w[std::size_t(a)] = 1.0f;
@@ -122,16 +126,36 @@ TEST(WaveProcessing, ConstantFrameTakesTheFirstIndexOnEveryTie) {
 TEST(WaveProcessing, MaximumNearEitherEndSearchesOneWayOnly) {
   // Three pulses 4 apart make the contour peak strictly at the middle one; weaker trains fill
   // the rest of the frame.
-  const auto early = pulses({{6, 30}, {10, 40}, {14, 30}, {56, 20}, {60, 25}, {64, 20},
-                             {106, 20}, {110, 25}, {114, 20}, {156, 20}, {160, 25}, {164, 20}});
+  const auto early = pulses({{6, 30},
+                             {10, 40},
+                             {14, 30},
+                             {56, 20},
+                             {60, 25},
+                             {64, 20},
+                             {106, 20},
+                             {110, 25},
+                             {114, 20},
+                             {156, 20},
+                             {160, 25},
+                             {164, 20}});
   RefWave r = refWave(early);
   ASSERT_EQ(r.first, 10);
   EXPECT_EQ(r.nLeft, 0);  // 10 - 25 < 1: no leftward search
   EXPECT_GT(r.nRight, 2);
   expectWeighted(early, r, "maximum at 10");
 
-  const auto late = pulses({{186, 30}, {190, 40}, {194, 30}, {136, 20}, {140, 25}, {144, 20},
-                            {86, 20}, {90, 25}, {94, 20}, {36, 20}, {40, 25}, {44, 20}});
+  const auto late = pulses({{186, 30},
+                            {190, 40},
+                            {194, 30},
+                            {136, 20},
+                            {140, 25},
+                            {144, 20},
+                            {86, 20},
+                            {90, 25},
+                            {94, 20},
+                            {36, 20},
+                            {40, 25},
+                            {44, 20}});
   r = refWave(late);
   ASSERT_EQ(r.first, 190);
   EXPECT_EQ(r.nRight, 0);  // 190 + 25 >= 200: no rightward search
@@ -162,7 +186,8 @@ TEST(WaveProcessing, RandomAndVoicedFramesMatchTheReference) {
       const int period = rng.integer(25, 90);
       const int phase = rng.integer(0, period - 1);
       for (int n = 0; n < kN; ++n)
-        s[std::size_t(n)] = float(rng.normal(0, 50) + 2000 * std::exp(-0.5 * std::pow(((n - phase) % period) / 2.0, 2)));
+        s[std::size_t(n)] = float(
+            rng.normal(0, 50) + 2000 * std::exp(-0.5 * std::pow(((n - phase) % period) / 2.0, 2)));
     }
     const RefWave r = refWave(s);
     if (r.ambiguous) {

@@ -71,28 +71,52 @@ TEST(CrossCorrChecks, RejectInOrderAndWriteNothing) {
   const std::vector<Fault<Args>> length = {
       {"len 0", kelErrSize, [](Args& a) { a.len = 0; }},
       {"len -1", kelErrSize, [](Args& a) { a.len = -1; }},
-      {"len 0 and null y", kelErrNullPtr, [](Args& a) { a.len = 0; a.py = nullptr; }},
+      {"len 0 and null y", kelErrNullPtr,
+       [](Args& a) {
+         a.len = 0;
+         a.py = nullptr;
+       }},
   };
   std::vector<Member> members = {
-      {"Coeff", [](Args& a) { return kelsCrossCorrCoeff_16s32f(a.px, a.py, a.len, a.dst); }, length},
+      {"Coeff", [](Args& a) { return kelsCrossCorrCoeff_16s32f(a.px, a.py, a.len, a.dst); },
+       length},
       {"Partial",
        [](Args& a) { return kelsCrossCorrCoeffPartial_16s32f(a.px, a.py, a.len, a.energy, a.dst); },
        {{"energy 0", kelErrRange, [](Args& a) { a.energy = 0.0f; }},
         {"energy -0", kelErrRange, [](Args& a) { a.energy = -0.0f; }},
         {"energy NaN", kelErrRange, [](Args& a) { a.energy = std::nanf(""); }},
-        {"energy 0 and len 0", kelErrSize, [](Args& a) { a.energy = 0; a.len = 0; }},
-        {"energy 0 and null x", kelErrNullPtr, [](Args& a) { a.energy = 0; a.px = nullptr; }}}},
-      {"Decim", [](Args& a) { return kelsCrossCorrCoeffDecim_16s32f(a.px, a.py, a.len, a.m, a.dst, a.d); },
+        {"energy 0 and len 0", kelErrSize,
+         [](Args& a) {
+           a.energy = 0;
+           a.len = 0;
+         }},
+        {"energy 0 and null x", kelErrNullPtr,
+         [](Args& a) {
+           a.energy = 0;
+           a.px = nullptr;
+         }}}},
+      {"Decim",
+       [](Args& a) { return kelsCrossCorrCoeffDecim_16s32f(a.px, a.py, a.len, a.m, a.dst, a.d); },
        {{"m 0", kelErrSize, [](Args& a) { a.m = 0; }},
         {"d 0", kelErrSize, [](Args& a) { a.d = 0; }},
         {"d -3", kelErrSize, [](Args& a) { a.d = -3; }},
         {"m > n", kelErrSize, [](Args& a) { a.m = 33; }},
         {"n 0", kelErrSize, [](Args& a) { a.len = 0; }},
-        {"m 0 and null dst", kelErrNullPtr, [](Args& a) { a.m = 0; a.dst = nullptr; }}}},
+        {"m 0 and null dst", kelErrNullPtr,
+         [](Args& a) {
+           a.m = 0;
+           a.dst = nullptr;
+         }}}},
       {"Interpolation",
-       [](Args& a) { return kelsCrossCorrCoeffInterpolation_16s32f(a.px, a.py, a.len, a.dst, a.dst2); },
+       [](Args& a) {
+         return kelsCrossCorrCoeffInterpolation_16s32f(a.px, a.py, a.len, a.dst, a.dst2);
+       },
        {{"null coeff", kelErrNullPtr, [](Args& a) { a.dst2 = nullptr; }},
-        {"len 0 and null coeff", kelErrNullPtr, [](Args& a) { a.len = 0; a.dst2 = nullptr; }}}},
+        {"len 0 and null coeff", kelErrNullPtr,
+         [](Args& a) {
+           a.len = 0;
+           a.dst2 = nullptr;
+         }}}},
   };
   members[1].faults.insert(members[1].faults.end(), length.begin(), length.end());
   members[3].faults.insert(members[3].faults.end(), length.begin(), length.end());
@@ -157,9 +181,19 @@ TEST(CrossCorrCoeff, MatchesLongDoubleOverTheFullRange) {
 
 TEST(CrossCorrCoeffDecim, MatchesDirectLatticeSums) {
   Rng rng(3);
-  struct Shape { int n, m, d; };
-  for (Shape s : {Shape{1, 1, 1}, {10, 10, 1}, {10, 4, 7}, {10, 4, 6}, {40, 5, 1}, {41, 6, 2},
-                  {160, 20, 3}, {320, 40, 4}, {320, 1, 1}, {100, 37, 5}}) {
+  struct Shape {
+    int n, m, d;
+  };
+  for (Shape s : {Shape{1, 1, 1},
+                  {10, 10, 1},
+                  {10, 4, 7},
+                  {10, 4, 6},
+                  {40, 5, 1},
+                  {41, 6, 2},
+                  {160, 20, 3},
+                  {320, 40, 4},
+                  {320, 1, 1},
+                  {100, 37, 5}}) {
     const Signal x = signal(rng, s.n), y = signal(rng, s.n);
     const int lags = (s.n - s.m) / s.d + 1;
     Canary<float> out(std::size_t(lags), 4);
@@ -176,7 +210,8 @@ TEST(CrossCorrCoeffDecim, MatchesDirectLatticeSums) {
       const Ref ref = exx * eyy > 0 ? cxy / std::sqrt(exx * eyy) : 0;
       // Float accumulation: each sum is off by at most terms * u of its magnitude.
       const Ref tol = (terms + 4) * kU * (1 + (exx * eyy > 0 ? mag / std::sqrt(exx * eyy) : 0));
-      EXPECT_NEAR(out[std::size_t(i)], double(ref), double(tol)) << s.n << "/" << s.m << "/" << s.d << " lag " << i;
+      EXPECT_NEAR(out[std::size_t(i)], double(ref), double(tol))
+          << s.n << "/" << s.m << "/" << s.d << " lag " << i;
     }
   }
 }
@@ -197,7 +232,8 @@ TEST(CrossCorrCoeffDecim, LongSeriesReportAFailedAllocationAndWriteNothing) {
   const Signal x = signal(rng, n), y = signal(rng, n);
   Canary<float> out(n);
   kels::testing::failNthAllocation(1);
-  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), n, 1, out.data(), 1), kelErrMemAlloc);
+  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), n, 1, out.data(), 1),
+            kelErrMemAlloc);
   kels::testing::failNthAllocation(0);
   EXPECT_TRUE(out.untouched());
   EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), n, 1, out.data(), 1), kelOk);
@@ -208,7 +244,9 @@ TEST(CrossCorrCoeffDecim, LongSeriesReportAFailedAllocationAndWriteNothing) {
 
 // Best |r(t)| over [0, 1] for y linearly interpolated between lag 0 and lag 1, found by a grid
 // and golden-section refinement, with r evaluated from the interpolated samples themselves.
-struct Interp { Ref lag, coeff; };
+struct Interp {
+  Ref lag, coeff;
+};
 Interp refInterp(const Signal& x, const Signal& y) {
   const int n = int(x.size()) - 1;
   auto r = [&](Ref t) {
@@ -240,7 +278,8 @@ TEST(CrossCorrCoeffInterpolation, FindsTheFractionalLagOfADelayedSignal) {
     Signal x(static_cast<std::size_t>(len)), y(x.size());
     for (int i = 0; i < len; ++i) {  // y[i] = x[i - 1 + delay], plus a little noise
       x[std::size_t(i)] = Kels16s(std::lround(8000 * std::sin(f * i) + rng.normal(0, 30)));
-      y[std::size_t(i)] = Kels16s(std::lround(8000 * std::sin(f * (i - 1 + delay)) + rng.normal(0, 30)));
+      y[std::size_t(i)] =
+          Kels16s(std::lround(8000 * std::sin(f * (i - 1 + delay)) + rng.normal(0, 30)));
     }
     float lag = -1, coeff = -1;
     ASSERT_EQ(kelsCrossCorrCoeffInterpolation_16s32f(x.data(), y.data(), len, &lag, &coeff), kelOk);
@@ -249,7 +288,8 @@ TEST(CrossCorrCoeffInterpolation, FindsTheFractionalLagOfADelayedSignal) {
     ++inside;
     EXPECT_NEAR(lag, double(ref.lag), 1e-4) << trial;
     EXPECT_NEAR(coeff, double(ref.coeff), 1e-6) << trial;
-    EXPECT_NEAR(lag, 1 - delay, 0.05) << trial;  // y[j] + t (y[j+1] - y[j]) meets x[j] at t = 1 - delay
+    EXPECT_NEAR(lag, 1 - delay, 0.05)
+        << trial;  // y[j] + t (y[j+1] - y[j]) meets x[j] at t = 1 - delay
     EXPECT_GT(coeff, 0.99f) << trial;
   }
   EXPECT_GT(inside, 25);
@@ -293,7 +333,8 @@ TEST(CrossCorrTargets, EveryTargetAndAlignmentGivesTheSameBits) {
       for (int d : {1, 3}) {
         const int m = 1 + len / 3, lags = (len - m) / d + 1;
         std::vector<float> series(static_cast<std::size_t>(lags));
-        EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(bx.data(), by.data(), len, m, series.data(), d), kelOk);
+        EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(bx.data(), by.data(), len, m, series.data(), d),
+                  kelOk);
         all.insert(all.end(), series.begin(), series.end());
       }
     }

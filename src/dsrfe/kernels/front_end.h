@@ -1,6 +1,6 @@
 // The front end's element-wise formulas, written once over a lane type (core/float_lanes.h) and
-// included by every target file. The unnamed namespace gives each target its own copy. A vector step loads
-// all its inputs before it stores, so an output may be the same array as an input.
+// included by every target file. The unnamed namespace gives each target its own copy. A vector
+// step loads all its inputs before it stores, so an output may be the same array as an input.
 #pragma once
 
 #include <type_traits>
@@ -22,7 +22,8 @@ struct NoiseUpdate {
     const auto ya = L::add(y, a);
     const auto r1 = L::div(L::splat(1.0f), xy);
     const auto r2 = L::div(L::splat(1.0f), ya);
-    const auto t = L::add(L::mul(L::add(L::mul(y, r2), L::splat(1.0f)), L::mul(a, r1)), L::splat(0.9f));
+    const auto t =
+        L::add(L::mul(L::add(L::mul(y, r2), L::splat(1.0f)), L::mul(a, r1)), L::splat(0.9f));
     return L::zeroWhereEitherZero(L::mul(t, y), xy, ya);
   }
 };
@@ -34,7 +35,8 @@ struct WienerGain {
     const auto one = L::splat(1.0f);
     const auto rn = L::div(one, n);
     const auto excess = L::max(L::sub(p, n), L::splat(0.0f));
-    const auto eta1 = L::mul(L::add(L::mul(L::splat(0.02f), excess), L::mul(L::splat(0.98f), d)), rn);
+    const auto eta1 =
+        L::mul(L::add(L::mul(L::splat(0.02f), excess), L::mul(L::splat(0.98f), d)), rn);
     const auto h1 = L::div(eta1, L::add(eta1, one));
     const auto eta2 = L::max(L::mul(h1, L::mul(p, rn)), L::splat(0.079432823f));
     return L::div(eta2, L::add(eta2, one));
@@ -51,7 +53,9 @@ struct Teager {
 
 struct Product {
   template <class L>
-  typename L::V apply(typename L::V a, typename L::V b) const { return L::mul(a, b); }
+  typename L::V apply(typename L::V a, typename L::V b) const {
+    return L::mul(a, b);
+  }
 };
 
 // Element-wise maps: the widest lanes first, then each narrower width for what is left.
@@ -99,7 +103,9 @@ void halfSumsOfSquares(const float* src, float* dst, int groups) {
 }
 
 template <class L>
-void noiseUpdate(const float* x, const float* y, float* dst, int n) { map2<L>(NoiseUpdate{}, x, y, dst, n); }
+void noiseUpdate(const float* x, const float* y, float* dst, int n) {
+  map2<L>(NoiseUpdate{}, x, y, dst, n);
+}
 
 template <class L>
 void wienerGain(const float* p, const float* n, const float* d, float* h, int len) {
@@ -107,10 +113,14 @@ void wienerGain(const float* p, const float* n, const float* d, float* h, int le
 }
 
 template <class L>
-void teager(const float* s, float* e, int n) { map3<L>(Teager{}, s - 1, s, s + 1, e, n); }
+void teager(const float* s, float* e, int n) {
+  map3<L>(Teager{}, s - 1, s, s + 1, e, n);
+}
 
 template <class L>
-void multiply(const float* a, const float* b, float* dst, int n) { map2<L>(Product{}, a, b, dst, n); }
+void multiply(const float* a, const float* b, float* dst, int n) {
+  map2<L>(Product{}, a, b, dst, n);
+}
 
 template <class L>
 constexpr FrontEndKernels frontEndKernelsFor() {

@@ -24,7 +24,9 @@ inline std::int64_t total(__m128i acc) {
   return v[0] + v[1];
 }
 
-inline __m128i load(const std::int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline __m128i load(const std::int16_t* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
 
 std::int64_t dot(const std::int16_t* a, const std::int16_t* b, int n) {
   __m128i acc = _mm_setzero_si128();
