@@ -32,6 +32,7 @@ struct Member {
   std::vector<int> badLengths;
 };
 
+// clang-format off
 const Member kMembers[] = {
     {"spectrum 32f", 2, [](void* const* p, int n) {
        return kelsSmoothedPowerSpectrumAurora_32f(F(p[0]), F(p[1]), n); }, {0, -4, 2, 6}},
@@ -46,6 +47,7 @@ const Member kMembers[] = {
     {"waveform", 2, [](void* const* p, int) {
        return kelsWaveProcessing_Aurora_32f(F(p[0]), F(p[1])); }, {}},
 };
+// clang-format on
 
 TEST(FrontEndChecks, PointersThenLengthAndNothingWritten) {
   for (const Member& m : kMembers) {
@@ -120,10 +122,11 @@ TEST(SmoothedPowerSpectrum, SixteenBitHalvesWrapsAndSaturates) {
       EXPECT_TRUE(out.guardsIntact());
       EXPECT_EQ(out.values(), refSmoothed16s(x)) << "len " << len << " range " << range;
     }
-  const std::vector<Kels16s> edges = {5, 200, 7, -3,  // bin 0: 12 + 24 + 4; Nyquist 40000
-                                      -32768, -32768, -32768, -32768,  // 2^31 wraps: -32768
-                                      -32768, -32768, -32768, 32767,   // just below: 32767
-                                      0, 0, 1, 1};                     // each 1 halves to 0
+  const std::vector<Kels16s> edges = {
+      5,      200,    7,      -3,      // bin 0: 12 + 24 + 4; Nyquist 40000
+      -32768, -32768, -32768, -32768,  // 2^31 wraps: -32768
+      -32768, -32768, -32768, 32767,   // just below: 32767
+      0,      0,      1,      1};      // each 1 halves to 0
   std::vector<Kels16s> out(5);
   ASSERT_EQ(kelsSmoothedPowerSpectrumAurora_16s(edges.data(), out.data(), 16), kelOk);
   EXPECT_EQ(out, (std::vector<Kels16s>{40, -32768, 32767, 0, 32767}));
@@ -183,7 +186,8 @@ TEST(BlindEqualization, SubtractsFirstThenStepsWithTheEnergyRule) {
              bias0 = rng.uniformVec<float>(len, -1, 1);
   for (float logE : {-10.0f, 3.296875f, 3.5f, 4.0f, 4.296875f, 20.0f}) {
     auto cep = cep0, bias = bias0;
-    ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), cep.data(), bias.data(), len, logE), kelOk);
+    ASSERT_EQ(kelsBlindEqualization_Aurora_32f(ref.data(), cep.data(), bias.data(), len, logE),
+              kelOk);
     const Ref mu = std::min(std::max(Ref(logE) - 3.296875L, Ref(0)), Ref(1)) * 9 / 1024;
     for (std::size_t i = 0; i < std::size_t(len); ++i) {
       const Ref c = Ref(cep0[i]) - bias0[i];
@@ -212,7 +216,8 @@ std::vector<float> runAll(const std::vector<float>& data, int len, std::size_t m
     keep(out.data(), len / 4 + 1);
   EXPECT_EQ(kelsNoiseSpectrumUpdate_Aurora_32f(a.data(), b.data(), out.data(), len), kelOk);
   keep(out.data(), len);
-  EXPECT_EQ(kelsWienerFilterDesign_Aurora_32f(a.data(), b.data(), c.data(), out.data(), len), kelOk);
+  EXPECT_EQ(kelsWienerFilterDesign_Aurora_32f(a.data(), b.data(), c.data(), out.data(), len),
+            kelOk);
   keep(out.data(), len);
   std::memcpy(out.data(), b.data(), sizeof(float) * std::size_t(len));
   std::memcpy(out2.data(), c.data(), sizeof(float) * std::size_t(len));

@@ -91,8 +91,8 @@ TEST(WaveProcessing, ConstantFrameTakesTheFirstIndexOnEveryTie) {
   // attenuated, the next period neutral from 20; the last one 171..190, neutral at 190 and 191.
   float o[kN];
   ASSERT_EQ(kelsWaveProcessing_Aurora_32f(s.data(), o), kelOk);
-  const std::pair<int, float> expected[] = {{0, 1.2f}, {14, 1.2f}, {15, 1.0f}, {16, 1.0f},
-                                            {18, 0.8f}, {20, 1.0f}, {22, 1.2f}, {170, 1.0f},
+  const std::pair<int, float> expected[] = {{0, 1.2f},   {14, 1.2f},  {15, 1.0f}, {16, 1.0f},
+                                            {18, 0.8f},  {20, 1.0f},  {22, 1.2f}, {170, 1.0f},
                                             {189, 1.2f}, {191, 1.0f}, {199, 0.8f}};
   for (auto [n, w] : expected) EXPECT_EQ(o[n], w * 3.0f) << n;
 }
@@ -101,10 +101,14 @@ TEST(WaveProcessing, MaximumNearEitherEndSearchesOneWayOnly) {
   // Pulses 30, 40, 30 four samples apart put the contour's maximum strictly on the middle one;
   // weaker triples (20, 25, 20) elsewhere give the other peaks. Small integers on a floor of 1
   // keep every sum exact and every weight visible.
-  struct Case { int strong; std::vector<int> weak; int nLeft, nRight; };  // -1: some
-  const Case cases[] = {{10, {60, 110, 160}, 0, -1},    // 10 - 25 < 1: no leftward search
-                        {190, {40, 90, 140}, -1, 0},    // 190 + 25 >= 200: no rightward one
-                        {25, {100}, 0, -1},             // none from 25 either, though 0 is 25 away
+  struct Case {
+    int strong;
+    std::vector<int> weak;
+    int nLeft, nRight;
+  };                                                  // -1: some
+  const Case cases[] = {{10, {60, 110, 160}, 0, -1},  // 10 - 25 < 1: no leftward search
+                        {190, {40, 90, 140}, -1, 0},  // 190 + 25 >= 200: no rightward one
+                        {25, {100}, 0, -1},           // none from 25 either, though 0 is 25 away
                         {26, {100}, 1, -1}};
   for (const Case& c : cases) {
     std::vector<float> s(kN, 1.0f);
@@ -126,8 +130,10 @@ TEST(WaveProcessing, RandomAndVoicedFramesMatchTheReference) {
     std::vector<float> s(kN);
     const int period = rng.integer(25, 90), phase = rng.integer(0, period - 1);
     for (int n = 0; n < kN; ++n)  // white noise, or a noisy pulse train as in voiced speech
-      s[n] = f % 2 ? float(rng.normal(0, 50) + 2000 * std::exp(-std::pow((n - phase) % period, 2) / 8.0))
-                   : float(rng.normal(0, 1000));
+      s[n] =
+          f % 2
+              ? float(rng.normal(0, 50) + 2000 * std::exp(-std::pow((n - phase) % period, 2) / 8.0))
+              : float(rng.normal(0, 1000));
     const RefWave r = refWave(s);
     if (r.ambiguous) continue;
     ++checked;

@@ -44,6 +44,7 @@ Ref dot(const Signal& a, const Signal& b) {
 
 // ---- check order: pointers, sizes, then values; a failed call writes nothing --------------------
 
+// clang-format off
 struct Call { int len = 32; float energy = 288; int m = 8, d = 2; };
 struct Member {
   const char* name;
@@ -58,6 +59,7 @@ const Member kDecim{"decim", 3, [](void* const* p, const Call& c) {
   return kelsCrossCorrCoeffDecim_16s32f(S(p[0]), S(p[1]), c.len, c.m, F(p[2]), c.d); }};
 const Member kInterp{"interpolation", 4, [](void* const* p, const Call& c) {
   return kelsCrossCorrCoeffInterpolation_16s32f(S(p[0]), S(p[1]), c.len, F(p[2]), F(p[3])); }};
+// clang-format on
 
 void expectRejected(const Member& m, int nullAt, const Call& c, KelsStatus status) {
   std::vector<Canary<float>> buf(4, Canary<float>(64));  // 128 samples or 64 floats each
@@ -76,9 +78,10 @@ TEST(CrossCorrChecks, RejectInOrderAndWriteNothing) {
     }
   const float nan = std::nanf("");
   const std::pair<const Member*, Call> sizes[] = {
-      {&kCoeff, {0}}, {&kCoeff, {-1}}, {&kInterp, {0}}, {&kPartial, {0}}, {&kPartial, {0, 0.0f}},
-      {&kDecim, {32, 1, 0, 2}}, {&kDecim, {32, 1, 8, 0}}, {&kDecim, {32, 1, 8, -3}},
-      {&kDecim, {32, 1, 33, 2}}, {&kDecim, {0, 1, 8, 2}}};
+      {&kCoeff, {0}},           {&kCoeff, {-1}},           {&kInterp, {0}},
+      {&kPartial, {0}},         {&kPartial, {0, 0.0f}},    {&kDecim, {32, 1, 0, 2}},
+      {&kDecim, {32, 1, 8, 0}}, {&kDecim, {32, 1, 8, -3}}, {&kDecim, {32, 1, 33, 2}},
+      {&kDecim, {0, 1, 8, 2}}};
   for (const auto& [m, c] : sizes) expectRejected(*m, -1, c, kelErrSize);
   for (float e : {0.0f, -0.0f, nan}) expectRejected(kPartial, -1, {32, e}, kelErrRange);
 }
@@ -112,7 +115,8 @@ TEST(CrossCorrCoeff, MatchesLongDoubleOverTheFullRange) {
     ASSERT_EQ(kelsCrossCorrCoeff_16s32f(x.data(), y.data(), len, &r[0]), kelOk);
     // The caller's energy stands in for <x,x>: four times the energy halves the result.
     ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx), &r[1]), kelOk);
-    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx * 4), &r[2]), kelOk);
+    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx * 4), &r[2]),
+              kelOk);
     EXPECT_NEAR(r[0], double(ref), double(4 * kU)) << len;
     EXPECT_NEAR(r[1], double(ref), double(4 * kU)) << len;
     EXPECT_NEAR(r[2], double(ref / 2), double(4 * kU)) << len;
@@ -127,9 +131,19 @@ TEST(CrossCorrCoeff, MatchesLongDoubleOverTheFullRange) {
 
 TEST(CrossCorrCoeffDecim, MatchesDirectLatticeSums) {
   Rng rng(3);
-  struct Shape { int n, m, d; };
-  for (Shape s : {Shape{1, 1, 1}, {10, 10, 1}, {10, 4, 7}, {10, 4, 6}, {40, 5, 1}, {41, 6, 2},
-                  {160, 20, 3}, {320, 40, 4}, {320, 1, 1}, {100, 37, 5}}) {
+  struct Shape {
+    int n, m, d;
+  };
+  for (Shape s : {Shape{1, 1, 1},
+                  {10, 10, 1},
+                  {10, 4, 7},
+                  {10, 4, 6},
+                  {40, 5, 1},
+                  {41, 6, 2},
+                  {160, 20, 3},
+                  {320, 40, 4},
+                  {320, 1, 1},
+                  {100, 37, 5}}) {
     const Signal x = signal(rng, s.n), y = signal(rng, s.n);
     const int lags = (s.n - s.m) / s.d + 1;
     Canary<float> out(std::size_t(lags), 4);
@@ -162,7 +176,8 @@ TEST(CrossCorrCoeffDecim, LongSeriesReportAFailedAllocationAndWriteNothing) {
   const Signal x = signal(rng, 3000), y = signal(rng, 3000);  // beyond the stack scratch
   Canary<float> out(3000);
   kels::testing::failNthAllocation(1);
-  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), 3000, 1, out.data(), 1), kelErrMemAlloc);
+  EXPECT_EQ(kelsCrossCorrCoeffDecim_16s32f(x.data(), y.data(), 3000, 1, out.data(), 1),
+            kelErrMemAlloc);
   kels::testing::failNthAllocation(0);
   EXPECT_TRUE(out.untouched());
 }
@@ -181,7 +196,8 @@ std::pair<Ref, Ref> refInterp(const Signal& x, const Signal& y) {
     return c / std::sqrt(ex * ey);
   };
   int best = 0;
-  for (int g = 1; g <= 100; ++g) best = std::fabs(r(g / 100.0L)) > std::fabs(r(best / 100.0L)) ? g : best;
+  for (int g = 1; g <= 100; ++g)
+    best = std::fabs(r(g / 100.0L)) > std::fabs(r(best / 100.0L)) ? g : best;
   Ref lo = std::max(best - 1, 0) / 100.0L, hi = std::min(best + 1, 100) / 100.0L;
   const Ref phi = (std::sqrt(5.0L) - 1) / 2;
   for (int it = 0; it < 80; ++it) {
@@ -200,7 +216,8 @@ TEST(CrossCorrCoeffInterpolation, FindsTheFractionalLagOfADelayedSignal) {
     Signal x(static_cast<std::size_t>(len)), y(x.size());
     for (int i = 0; i < len; ++i) {  // y[i] = x[i - 1 + delay], plus a little noise
       x[std::size_t(i)] = Kels16s(std::lround(8000 * std::sin(f * i) + rng.normal(0, 30)));
-      y[std::size_t(i)] = Kels16s(std::lround(8000 * std::sin(f * (i - 1 + delay)) + rng.normal(0, 30)));
+      y[std::size_t(i)] =
+          Kels16s(std::lround(8000 * std::sin(f * (i - 1 + delay)) + rng.normal(0, 30)));
     }
     float lag = -1, coeff = -1;
     ASSERT_EQ(kelsCrossCorrCoeffInterpolation_16s32f(x.data(), y.data(), len, &lag, &coeff), kelOk);
@@ -220,7 +237,8 @@ TEST(CrossCorrCoeffInterpolation, ZeroDenominatorWarnsAndOutsideLagsGiveNoCoeffi
   for (const auto& [a, b] : {std::pair{&one, &one}, {&x, &silent}}) {  // no pairs; y silent
     float out[2] = {5, 5};
     EXPECT_EQ(kelsCrossCorrCoeffInterpolation_16s32f(a->data(), b->data(), int(a->size()), &out[0],
-                                                     &out[1]), kelWarnZeroWeightSum);
+                                                     &out[1]),
+              kelWarnZeroWeightSum);
     EXPECT_EQ(out[0], 0.0f);
     EXPECT_EQ(out[1], 0.0f);
   }
