@@ -4,8 +4,10 @@
  *
  * Every function is stateless: what persists between frames (noise estimate, previous denoised
  * spectrum, equaliser bias) belongs to the caller. Checks: pointers (kelErrNullPtr), then the
- * length (kelErrSize); a failed check writes nothing. Outputs may be the very same array as an
- * input of the same length (in place); partly overlapping arrays are not supported. */
+ * length (kelErrSize); a failed check writes nothing. An output may be the very same array as
+ * an input (in place; the spectra write their shorter output over the start of the input), and
+ * any two of blind equalisation's arrays may be one; partly overlapping arrays are not
+ * supported. */
 #ifndef KELSR_DSRFE_H
 #define KELSR_DSRFE_H
 
