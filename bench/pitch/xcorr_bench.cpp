@@ -10,6 +10,10 @@
 
 #include "core/cpu.h"
 
+#if defined(KELSR_BENCH_OPENBLAS)
+#include <cblas.h>
+#endif
+
 namespace {
 
 std::vector<Kels16s> samples(int n, unsigned seed) {
@@ -94,6 +98,43 @@ void BM_Interpolation(benchmark::State& st) {
     benchmark::DoNotOptimize(r);
   }
 }
+
+#if defined(KELSR_BENCH_OPENBLAS)
+// Samples converted to float, then three sdot calls: what a BLAS user would write.
+void BM_CoeffOpenBlas(benchmark::State& st) {
+  const int n = int(st.range(0));
+  auto x = samples(n, 1), y = samples(n, 2);
+  std::vector<float> fx(x.size()), fy(y.size());
+  for (auto _ : st) {
+    for (std::size_t i = 0; i < x.size(); ++i) fx[i] = x[i], fy[i] = y[i];
+    const float xx = cblas_sdot(n, fx.data(), 1, fx.data(), 1);
+    const float yy = cblas_sdot(n, fy.data(), 1, fy.data(), 1);
+    const float xy = cblas_sdot(n, fx.data(), 1, fy.data(), 1);
+    float r = xy / (std::sqrt(xx) * std::sqrt(yy));
+    benchmark::DoNotOptimize(r);
+  }
+}
+
+// Every lag from strided sdot calls over the converted samples.
+void BM_DecimOpenBlas(benchmark::State& st) {
+  const int n = int(st.range(0)), m = 20, d = int(st.range(1));
+  auto x = samples(n, 1), y = samples(n, 2);
+  std::vector<float> fx(x.size()), fy(y.size()), out(std::size_t((n - m) / d + 1));
+  for (auto _ : st) {
+    for (std::size_t i = 0; i < x.size(); ++i) fx[i] = x[i], fy[i] = y[i];
+    for (int i = 0; i <= (n - m) / d; ++i) {
+      const int w = m + i * d, terms = (w - 1) / d + 1;
+      const float* xs = fx.data() + (n - w);
+      const float c = cblas_sdot(terms, xs, d, fy.data(), d);
+      const float ex = cblas_sdot(terms, xs, d, xs, d), ey = cblas_sdot(terms, fy.data(), d, fy.data(), d);
+      out[std::size_t(i)] = ex * ey > 1.17549435e-38f ? c / (std::sqrt(ey) * std::sqrt(ex)) : 0;
+    }
+    benchmark::DoNotOptimize(out.data());
+  }
+}
+BENCHMARK(BM_CoeffOpenBlas)->Arg(160)->Arg(640)->Arg(8192);
+BENCHMARK(BM_DecimOpenBlas)->ArgNames({"n", "d"})->ArgsProduct({{320, 640}, {1, 2}});
+#endif
 
 // Pitch-sized windows (160..640 samples at 8-16 kHz) and a long one.
 BENCHMARK(BM_Coeff)->ArgNames({"len", "scalar"})->ArgsProduct({{160, 640, 8192}, {0, 1}});
