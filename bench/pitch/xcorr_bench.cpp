@@ -24,9 +24,10 @@ std::vector<Kels16s> samples(int n, unsigned seed) {
   return v;
 }
 
-struct Pin {
+struct Pin {  // arg 1: 0 the best target, 1 scalar, 2 AVX2
   explicit Pin(const benchmark::State& st) {
     if (st.range(1) == 1) kels::testing::pinTarget(kels::Target::kScalar);
+    if (st.range(1) == 2) kels::testing::pinTarget(kels::Target::kAvx2);
   }
   ~Pin() { kels::testing::unpinTarget(); }
 };
@@ -126,7 +127,8 @@ void BM_DecimOpenBlas(benchmark::State& st) {
       const int w = m + i * d, terms = (w - 1) / d + 1;
       const float* xs = fx.data() + (n - w);
       const float c = cblas_sdot(terms, xs, d, fy.data(), d);
-      const float ex = cblas_sdot(terms, xs, d, xs, d), ey = cblas_sdot(terms, fy.data(), d, fy.data(), d);
+      const float ex = cblas_sdot(terms, xs, d, xs, d),
+                  ey = cblas_sdot(terms, fy.data(), d, fy.data(), d);
       out[std::size_t(i)] = ex * ey > 1.17549435e-38f ? c / (std::sqrt(ey) * std::sqrt(ex)) : 0;
     }
     benchmark::DoNotOptimize(out.data());
@@ -137,11 +139,11 @@ BENCHMARK(BM_DecimOpenBlas)->ArgNames({"n", "d"})->ArgsProduct({{320, 640}, {1, 
 #endif
 
 // Pitch-sized windows (160..640 samples at 8-16 kHz) and a long one.
-BENCHMARK(BM_Coeff)->ArgNames({"len", "scalar"})->ArgsProduct({{160, 640, 8192}, {0, 1}});
+BENCHMARK(BM_Coeff)->ArgNames({"len", "pin"})->ArgsProduct({{160, 640, 8192}, {0, 1, 2}});
 BENCHMARK(BM_CoeffPlain)->Arg(160)->Arg(640)->Arg(8192);
-BENCHMARK(BM_Decim)->ArgNames({"n", "scalar", "d"})->ArgsProduct({{320, 640}, {0, 1}, {1, 2}});
+BENCHMARK(BM_Decim)->ArgNames({"n", "pin", "d"})->ArgsProduct({{320, 640}, {0, 1, 2}, {1, 2}});
 BENCHMARK(BM_DecimPlain)->ArgNames({"n", "d"})->ArgsProduct({{320, 640}, {1, 2}});
-BENCHMARK(BM_Interpolation)->ArgNames({"len", "scalar"})->ArgsProduct({{160, 640}, {0, 1}});
+BENCHMARK(BM_Interpolation)->ArgNames({"len", "pin"})->ArgsProduct({{160, 640}, {0, 1, 2}});
 
 }  // namespace
 

@@ -128,7 +128,8 @@ void periodWeights(const std::int16_t* q, int count, float* w) {
     if (a > 0) w[a - 1] = w[a] = 1.0f;
     w[e - 1] = w[e] = 1.0f;
   }
-  // The last period borrows the previous gap, is cut at the frame's end and keeps 1.2 there.
+  // The last period borrows the previous gap and is cut at the frame's end, where it keeps 1.2
+  // (no neutral edge).
   const int last = q[count - 1];
   const int a = last - kLead;
   const int b = std::min(emphasisEnd(last, last - q[count - 2]), kFrame);

@@ -31,10 +31,8 @@ const XcorrKernels& xcorrKernelsScalar() {
 
 #if defined(KELSR_X86)
 const XcorrKernels& xcorrKernels() {
-  // The AVX-512 target keeps the AVX2 kernels: the dot products are bound by memory, and
-  // typical lag counts (a few hundred) fill 32 lanes better than 64.
   static const XcorrKernels* const table[kTargetCount] = {
-      &xcorrKernelsScalar(), &xcorrKernelsSse2(), &xcorrKernelsAvx2(), &xcorrKernelsAvx2()};
+      &xcorrKernelsScalar(), &xcorrKernelsSse2(), &xcorrKernelsAvx2(), &xcorrKernelsAvx512()};
   return *forActiveTarget(table);
 }
 #else

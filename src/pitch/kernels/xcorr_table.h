@@ -19,9 +19,13 @@ struct XcorrKernels {
   void (*lagSums)(const float* xr, const float* yd, int a, int lags, float* c);
 };
 
+// The AVX2 build's lag sums, which the AVX-512 table shares.
+void lagSumsAvx2(const float* xr, const float* yd, int a, int lags, float* c);
+
 const XcorrKernels& xcorrKernelsScalar();
 const XcorrKernels& xcorrKernelsSse2();
 const XcorrKernels& xcorrKernelsAvx2();
+const XcorrKernels& xcorrKernelsAvx512();
 const XcorrKernels& xcorrKernels();  // for the active target
 
 }  // namespace kels::pitch
