@@ -21,7 +21,10 @@ KELS_API KelsStatus KELS_CALL kelsMelToLinear_32f(const Kels32f* src, Kels32f* d
  * rises from centre c[j-1] to c[j] and falls to c[j+1]. Mode 1: weights interpolated in mel
  * from the exact centres, centres truncated; mode 2: weights linear over bins, centres rounded,
  * peak exactly 1; + 4: evaluation takes a time frame of N samples and forms its magnitude
- * spectrum first, otherwise it takes the spectrum (bins 0 .. c[nFilter+1]).
+ * spectrum first, otherwise it takes the spectrum (bins 0 .. c[nFilter+1]). Positions and
+ * weights are computed in double and stored as floats; a position within 1e-9 of a whole bin
+ * is that bin (so high = rate / 2 gives the centre N/2 in mode 1 too). With bit 4 the bank
+ * owns an FFT of any length N together with its working memory: evaluation allocates nothing.
  * Checks, in order: L <= 0 -> kelErrSize; nFilter <= 0 -> kelErrSize; sample rate <= 0 ->
  * kelErrSize; low <= 0 -> kelErrSize; low > high -> kelErrFBankFreq; high > rate / 2 ->
  * kelErrFBankFreq; mode not 1, 2, 5 or 6 -> kelErrFBankFlag; failed allocation ->

@@ -39,7 +39,7 @@ void stagesScalar(const View& v, float*& zr, float*& zi, float* work) {
   float* yr = work + 2 * v.m;
   float* yi = work + 3 * v.m;
   for (int s = 1; s < v.m; s *= 2) {
-    stageScalar(v, s, zr, zi, yr, yi, 0);
+    stageScalar(v, s, zr, zi, yr, yi);
     std::swap(zr, yr);
     std::swap(zi, yi);
   }
@@ -65,7 +65,7 @@ void inverseScalar(const View& v, const float* src, float* dst, float* work) {
 
 std::size_t planBytes(int order) {
   const int m = (1 << order) / 2;
-  const std::size_t floats = 2 * (3 * std::size_t(quarterCount(m)) + std::size_t(untangleCount(m)));
+  const std::size_t floats = 2 * (4 * std::size_t(quarterCount(m)) + std::size_t(untangleCount(m)));
   return sizeof(KelsFFTSpec_R_32f) + floats * sizeof(float);
 }
 
@@ -78,17 +78,20 @@ void buildPlan(int order, KelsFFTSpec_R_32f* p) {
   h.rootsAt = sizeof(KelsFFTSpec_R_32f);
   h.roots2At = h.rootsAt + std::uint32_t(2 * q * sizeof(float));
   h.roots4At = h.roots2At + std::uint32_t(2 * q * sizeof(float));
-  h.untangleAt = h.roots4At + std::uint32_t(2 * q * sizeof(float));
+  h.roots8At = h.roots4At + std::uint32_t(2 * q * sizeof(float));
+  h.untangleAt = h.roots8At + std::uint32_t(2 * q * sizeof(float));
   std::memcpy(p, &h, sizeof h);
   auto* base = reinterpret_cast<unsigned char*>(p);
   auto* r1 = reinterpret_cast<float*>(base + h.rootsAt);
   auto* r2 = reinterpret_cast<float*>(base + h.roots2At);
   auto* r4 = reinterpret_cast<float*>(base + h.roots4At);
+  auto* r8 = reinterpret_cast<float*>(base + h.roots8At);
   auto* un = reinterpret_cast<float*>(base + h.untangleAt);
   for (int i = 0; i < q; ++i) {
     root(i, m, r1[i], r1[q + i]);
     root(i / 2 * 2, m, r2[i], r2[q + i]);
     root(i / 4 * 4, m, r4[i], r4[q + i]);
+    root(i / 4 * 8, m, r8[i], r8[q + i]);
   }
   for (int k = 0; k < u; ++k) root(k, n, un[k], un[u + k]);
 }
@@ -105,8 +108,9 @@ View view(const KelsFFTSpec_R_32f* p) {
   const auto* r1 = reinterpret_cast<const float*>(base + p->rootsAt);
   const auto* r2 = reinterpret_cast<const float*>(base + p->roots2At);
   const auto* r4 = reinterpret_cast<const float*>(base + p->roots4At);
+  const auto* r8 = reinterpret_cast<const float*>(base + p->roots8At);
   const auto* un = reinterpret_cast<const float*>(base + p->untangleAt);
-  return View{m, r1, r1 + q, r2, r2 + q, r4, r4 + q, un, un + u};
+  return View{m, r1, r1 + q, r2, r2 + q, r4, r4 + q, r8, r8 + q, un, un + u};
 }
 
 void magnitudesFrom1(const float* pack, float* mag, int n) { magnitudesScalar(pack, mag, 1, n); }

@@ -19,6 +19,7 @@ struct KelsFFTSpec_R_32f {
   std::uint32_t rootsAt;   // exp(-2 pi i p / (N/2)), p < N/4: the stage twiddles
   std::uint32_t roots2At;  // the same, each value repeated for two neighbours (stride-2 stage)
   std::uint32_t roots4At;  // ... and for four (stride-4 stage)
+  std::uint32_t roots8At;  // exp(-2 pi i 8 floor(t/4) / (N/2)): stride-8 twiddles of a paired pass
   std::uint32_t untangleAt;  // exp(-2 pi i k / N), k <= N/4: splits z's spectrum into x's
 };
 
@@ -57,6 +58,8 @@ struct View {
   const float* root2Im;
   const float* root4Re;
   const float* root4Im;
+  const float* root8Re;
+  const float* root8Im;
   const float* untRe;
   const float* untIm;
 };

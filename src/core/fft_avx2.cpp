@@ -136,6 +136,38 @@ void stagePair(const View& v, int s, const float* xr, const float* xi, float* yr
   }
 }
 
+// Strides 4 and 8 in one pass: eight points t = 4p + q cover two p, whose twiddles come from
+// the repeated tables and whose results land in 128-bit halves at 16p + q + {0, 4, 8, 12}.
+void stagePair4(const View& v, const float* xr, const float* xi, float* yr, float* yi) {
+  const int half = v.m / 2, quarter = v.m / 4;
+  for (int t = 0; t < quarter; t += kW) {
+    const __m256 w1r = _mm256_loadu_ps(v.root4Re + t), w1i = _mm256_loadu_ps(v.root4Im + t);
+    const __m256 w2r = _mm256_loadu_ps(v.root4Re + t + quarter), w2i = _mm256_loadu_ps(v.root4Im + t + quarter);
+    const __m256 w3r = _mm256_loadu_ps(v.root8Re + t), w3i = _mm256_loadu_ps(v.root8Im + t);
+    const __m256 x0r = _mm256_loadu_ps(xr + t), x0i = _mm256_loadu_ps(xi + t);
+    const __m256 x1r = _mm256_loadu_ps(xr + t + half), x1i = _mm256_loadu_ps(xi + t + half);
+    const __m256 x2r = _mm256_loadu_ps(xr + t + quarter), x2i = _mm256_loadu_ps(xi + t + quarter);
+    const __m256 x3r = _mm256_loadu_ps(xr + t + half + quarter), x3i = _mm256_loadu_ps(xi + t + half + quarter);
+    const __m256 u0r = _mm256_add_ps(x0r, x1r), u0i = _mm256_add_ps(x0i, x1i);
+    const __m256 v0r = _mm256_add_ps(x2r, x3r), v0i = _mm256_add_ps(x2i, x3i);
+    __m256 u1r, u1i, v1r, v1i, z2r, z2i, z3r, z3i;
+    twiddled(_mm256_sub_ps(x0r, x1r), _mm256_sub_ps(x0i, x1i), w1r, w1i, u1r, u1i);
+    twiddled(_mm256_sub_ps(x2r, x3r), _mm256_sub_ps(x2i, x3i), w2r, w2i, v1r, v1i);
+    const __m256 z0r = _mm256_add_ps(u0r, v0r), z0i = _mm256_add_ps(u0i, v0i);
+    const __m256 z1r = _mm256_add_ps(u1r, v1r), z1i = _mm256_add_ps(u1i, v1i);
+    twiddled(_mm256_sub_ps(u0r, v0r), _mm256_sub_ps(u0i, v0i), w3r, w3i, z2r, z2i);
+    twiddled(_mm256_sub_ps(u1r, v1r), _mm256_sub_ps(u1i, v1i), w3r, w3i, z3r, z3i);
+    auto put = [](float* out, __m256 z0, __m256 z1, __m256 z2, __m256 z3) {
+      _mm256_storeu_ps(out, _mm256_permute2f128_ps(z0, z1, 0x20));
+      _mm256_storeu_ps(out + 8, _mm256_permute2f128_ps(z2, z3, 0x20));
+      _mm256_storeu_ps(out + 16, _mm256_permute2f128_ps(z0, z1, 0x31));
+      _mm256_storeu_ps(out + 24, _mm256_permute2f128_ps(z2, z3, 0x31));
+    };
+    put(yr + 4 * t, z0r, z1r, z2r, z3r);
+    put(yi + 4 * t, z0i, z1i, z2i, z3i);
+  }
+}
+
 // The stages from stride `s` on, ping-ponging between (zr, zi) and the other half of `work`;
 // on return (zr, zi) hold the result.
 void stages(const View& v, int s, float*& zr, float*& zi, float* work) {
@@ -143,10 +175,13 @@ void stages(const View& v, int s, float*& zr, float*& zi, float* work) {
   float* yi = yr + v.m;
   while (s < v.m) {
     if (v.m / 2 < kW) {
-      stageScalar(v, s, zr, zi, yr, yi, 0);
+      stageScalar(v, s, zr, zi, yr, yi);
       s *= 2;
     } else if (s >= kW && 2 * s < v.m) {
       stagePair(v, s, zr, zi, yr, yi);
+      s *= 4;
+    } else if (s == 4 && v.m >= 32) {
+      stagePair4(v, zr, zi, yr, yi);
       s *= 4;
     } else {
       stage(v, s, zr, zi, yr, yi);

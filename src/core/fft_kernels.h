@@ -22,18 +22,18 @@ inline void splitScalar(const float* x, float* zr, float* zi, int from, int m) {
 // One radix-2 Stockham stage, decimation in frequency: point i = p*s + q (q < s) meets point
 // i + m/2; their sum goes to 2ps + q and their twiddled difference to 2ps + s + q.
 inline void stageScalar(const View& v, int s, const float* xr, const float* xi, float* yr,
-                        float* yi, int from) {
+                        float* yi) {
   const int half = v.m / 2;
-  for (int i = from; i < half; ++i) {
-    const int p = i / s;
-    const int o = i + p * s;
+  for (int p = 0; p * s < half; ++p) {
     const float cr = v.rootRe[p * s], ci = v.rootIm[p * s];
-    const float ar = xr[i], ai = xi[i], br = xr[i + half], bi = xi[i + half];
-    yr[o] = ar + br;
-    yi[o] = ai + bi;
-    const float dr = ar - br, di = ai - bi;
-    yr[o + s] = dr * cr - di * ci;
-    yi[o + s] = dr * ci + di * cr;
+    for (int i = p * s, o = 2 * p * s; i < (p + 1) * s; ++i, ++o) {
+      const float ar = xr[i], ai = xi[i], br = xr[i + half], bi = xi[i + half];
+      yr[o] = ar + br;
+      yi[o] = ai + bi;
+      const float dr = ar - br, di = ai - bi;
+      yr[o + s] = dr * cr - di * ci;
+      yi[o + s] = dr * ci + di * cr;
+    }
   }
 }
 

@@ -131,7 +131,7 @@ void stages(const View& v, int s, float*& zr, float*& zi, float* work) {
   float* yi = yr + v.m;
   while (s < v.m) {
     if (v.m / 2 < kW) {
-      stageScalar(v, s, zr, zi, yr, yi, 0);
+      stageScalar(v, s, zr, zi, yr, yi);
       s *= 2;
     } else if (s >= kW && 2 * s < v.m) {
       stagePair(v, s, zr, zi, yr, yi);

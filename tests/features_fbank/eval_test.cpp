@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <functional>
 #include <cstring>
 
 #include "fbank_support.h"
@@ -289,6 +290,49 @@ TEST(Warping, Checks) {
     EXPECT_EQ(fn(x, y.data(), 2, 2595, 0), kelErrSize);
     EXPECT_EQ(fn(x, y.data(), 2, 2595, NAN), kelErrSize);
     EXPECT_TRUE(y.untouched());
+  }
+}
+
+
+// Every builder's _16s form builds the _32f form's bank, and its evaluation is the float one
+// rounded.
+TEST(SixteenBitBanks, SameBanksAsTheFloatBuildersAndTheirResultsRounded) {
+  int order;
+  const std::function<KelsStatus(KelsMelFBank_32f**)> f32[] = {
+      [](KelsMelFBank_32f** o) { return kelsMelFBankInitAllocLow_Aurora_32f(o); },
+      [](KelsMelFBank_32f** o) { return kelsMelFBankInitAllocHigh_Aurora_32f(o); },
+      [&](KelsMelFBank_32f** o) { return kelsMelLinFBankInitAlloc_32f(o, &order, 256, 8000, 60, 4000, 18, 6, 1000, 2595, 700, 1); }};
+  const std::function<KelsStatus(KelsMelFBank_16s**)> f16[] = {
+      [](KelsMelFBank_16s** o) { return kelsMelFBankInitAllocLow_Aurora_16s(o); },
+      [](KelsMelFBank_16s** o) { return kelsMelFBankInitAllocHigh_Aurora_16s(o); },
+      [&](KelsMelFBank_16s** o) { return kelsMelLinFBankInitAlloc_16s(o, &order, 256, 8000, 60, 4000, 18, 6, 1000, 2595, 700, 1); }};
+  const int nFilter[] = {25, 3, 18};
+  for (int b = 0; b < 3; ++b) {
+    Owner<KelsMelFBank_32f> fb;
+    Owner<KelsMelFBank_16s> ib;
+    ASSERT_EQ(f32[b](fb.out()), kelOk);
+    ASSERT_EQ(f16[b](ib.out()), kelOk);
+    const int nf = nFilter[b];
+    std::vector<int> c16(std::size_t(nf + 2));
+    ASSERT_EQ(kelsFBankGetCenters_16s(ib.p, c16.data()), kelOk);
+    const std::vector<int> c = centres(fb.p, nf);
+    ASSERT_EQ(c, c16) << b;
+    for (int j = 1; j <= nf; ++j) {
+      const std::vector<float> w = coeffs(fb.p, j, c);
+      std::vector<float> w16(w.size());
+      ASSERT_EQ(kelsFBankGetCoeffs_16s(ib.p, j, w16.data()), kelOk);
+      EXPECT_EQ(w, w16) << b << " " << j;
+    }
+    const std::vector<Kels16s> x16 = Rng(unsigned(b)).uniformVec<Kels16s>(129, 0, 30000);
+    const std::vector<float> xf(x16.begin(), x16.end());
+    std::vector<float> ref(static_cast<std::size_t>(nf));
+    std::vector<Kels16s> out(static_cast<std::size_t>(nf));
+    ASSERT_EQ(kelsEvalFBank_32f(xf.data(), ref.data(), fb.p), kelOk);
+    ASSERT_EQ(kelsEvalFBank_16s_Sfs(x16.data(), out.data(), ib.p, 2), kelOk);
+    for (std::size_t j = 0; j < std::size_t(nf); ++j) {
+      if (nearTie(LD(ref[j]) / 4)) continue;
+      EXPECT_EQ(out[j], refScaleRound<Kels16s>(ref[j], 2)) << b << " " << j;
+    }
   }
 }
 
