@@ -62,7 +62,7 @@ struct Product {
 template <class L, class Op>
 void map2(const Op& op, const float* a, const float* b, float* dst, int n) {
   int i = 0;
-  for (; i + L::kWidth <= n; i += L::kWidth)
+  for (; n - i >= L::kWidth; i += L::kWidth)
     L::store(dst + i, op.template apply<L>(L::load(a + i), L::load(b + i)));
   if constexpr (!std::is_void_v<typename L::Narrower>)
     if (i < n) map2<typename L::Narrower>(op, a + i, b + i, dst + i, n - i);
@@ -71,7 +71,7 @@ void map2(const Op& op, const float* a, const float* b, float* dst, int n) {
 template <class L, class Op>
 void map3(const Op& op, const float* a, const float* b, const float* c, float* dst, int n) {
   int i = 0;
-  for (; i + L::kWidth <= n; i += L::kWidth)
+  for (; n - i >= L::kWidth; i += L::kWidth)
     L::store(dst + i, op.template apply<L>(L::load(a + i), L::load(b + i), L::load(c + i)));
   if constexpr (!std::is_void_v<typename L::Narrower>)
     if (i < n) map3<typename L::Narrower>(op, a + i, b + i, c + i, dst + i, n - i);
@@ -83,7 +83,7 @@ void map3(const Op& op, const float* a, const float* b, const float* c, float* d
 template <class L>
 void equalize(const float* ref, float* cep, float* bias, float mu, int n) {
   int i = 0;
-  for (; i + L::kWidth <= n; i += L::kWidth) {
+  for (; n - i >= L::kWidth; i += L::kWidth) {
     const auto c = L::sub(L::load(cep + i), L::load(bias + i));
     L::store(cep + i, c);
     const auto r = L::load(ref + i), b = L::load(bias + i);
@@ -96,7 +96,7 @@ void equalize(const float* ref, float* cep, float* bias, float mu, int n) {
 template <class L>
 void halfSumsOfSquares(const float* src, float* dst, int groups) {
   int k = 0;
-  for (; k + L::kWidth <= groups; k += L::kWidth)
+  for (; groups - k >= L::kWidth; k += L::kWidth)
     L::store(dst + k, L::mul(L::sumSquares4(src + 4 * k), L::splat(0.5f)));
   if constexpr (!std::is_void_v<typename L::Narrower>)
     if (k < groups) halfSumsOfSquares<typename L::Narrower>(src + 4 * k, dst + k, groups - k);

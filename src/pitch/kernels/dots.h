@@ -29,7 +29,7 @@ std::int64_t dot(const std::int16_t* a, const std::int16_t* b, int n) {
   auto acc = L::zero();
   std::int64_t steps = 0;
   int i = 0;
-  for (; i + L::kWidth <= n; i += L::kWidth, ++steps)
+  for (; n - i >= L::kWidth; i += L::kWidth, ++steps)
     acc = L::accumulate(acc, L::madd(L::load(a + i), L::load(b + i)));
   if (i < n) {
     const Tail<L> t(a + i, b + i, n - i);
@@ -49,7 +49,7 @@ Dots3 dot3(const std::int16_t* a, const std::int16_t* b, int n) {
   };
   std::int64_t steps = 0;
   int i = 0;
-  for (; i + L::kWidth <= n; i += L::kWidth, ++steps) step(L::load(a + i), L::load(b + i));
+  for (; n - i >= L::kWidth; i += L::kWidth, ++steps) step(L::load(a + i), L::load(b + i));
   if (i < n) {
     const Tail<L> t(a + i, b + i, n - i);
     step(L::load(t.a), L::load(t.b));

@@ -40,8 +40,8 @@ template <class L>
 void lagSums(const float* xr, const float* yd, int a, int lags, float* c) {
   constexpr int kBlocks = 4, W = L::kWidth;
   int i = 0;
-  for (; i + kBlocks * W <= lags; i += kBlocks * W) lagBlock<L, kBlocks>(xr, yd, a, i, c);
-  for (; i + W <= lags; i += W) lagBlock<L, 1>(xr, yd, a, i, c);
+  for (; lags - i >= kBlocks * W; i += kBlocks * W) lagBlock<L, kBlocks>(xr, yd, a, i, c);
+  for (; lags - i >= W; i += W) lagBlock<L, 1>(xr, yd, a, i, c);
   for (; i < lags; ++i) lagBlock<ScalarLanes, 1>(xr, yd, a, i, c);
 }
 
