@@ -37,7 +37,8 @@ struct Release {
 template <class T>
 using Owned = std::unique_ptr<T, Release>;
 
-// Working storage for one call: on the stack up to N elements, from the allocator beyond.
+// Working storage for one call: on the stack (32-byte aligned) up to N elements, from the
+// allocator beyond.
 // Check it before use: a refused allocation leaves it empty.
 template <class T, int N>
 class Scratch {
@@ -56,7 +57,7 @@ class Scratch {
   T& operator[](int i) { return data_[i]; }
 
  private:
-  T local_[N];
+  alignas(32) T local_[N];
   T* heap_;
   T* data_;
 };

@@ -106,9 +106,6 @@ void logAddInto(const Form& f, const typename Form::Res* score, typename Form::R
   }
 }
 
-template <class T>
-RowSrc<T> weightsOf(const T* w) { return {w, 0, nullptr}; }
-
 // D[t] <- max(D[t], g - 1/2 S_t); ties keep the old value.
 template <class Rows, class Form>
 KelsStatus logGaussMax(Rows x, const typename Form::Elem* mean, const typename Form::Elem* var,
@@ -116,7 +113,7 @@ KelsStatus logGaussMax(Rows x, const typename Form::Elem* mean, const typename F
   if (KelsStatus st = checkOneGaussian(x, mean, var, Form::kWeighted, n, dst, m); st != kelOk)
     return st;
   return form.with([&](auto f) {
-    forEachDistance(f, rowSrc(x), fixedRow(mean), weightsOf(var), n, m, [&](int t, auto s) {
+    forEachDistance(f, rowSrc(x), fixedRow(mean), fixedRow(var), n, m, [&](int t, auto s) {
       const auto r = f.score(g, s);
       if (r > dst[t]) dst[t] = r;
     });
@@ -134,7 +131,7 @@ KelsStatus logGaussAdd(Rows x, const typename Form::Elem* mean, const typename F
   Scratch<typename Form::Res, 100> score(m);
   if (!score) return kelErrNullPtr;
   return form.with([&](auto f) {
-    forEachDistance(f, rowSrc(x), fixedRow(mean), weightsOf(var), n, m,
+    forEachDistance(f, rowSrc(x), fixedRow(mean), fixedRow(var), n, m,
                     [&](int t, auto s) { score[t] = f.score(g, s); });
     logAddInto(f, score.data(), dst, m);
     return kelOk;

@@ -110,7 +110,7 @@ TEST(Alloc, FailureHookRefusesExactlyTheNthAllocation) {
 
 TEST(Scratch, StackUpToNAllocatedBeyond) {
   const long before = testing::allocationCount();
-  { Scratch<float, 100> s(100); ASSERT_TRUE(s); s[99] = 1.0f; }
+  { Scratch<float, 100> s(100); ASSERT_TRUE(s); s[99] = 1.0f; EXPECT_TRUE(aligned32(s.data())); }
   EXPECT_EQ(testing::allocationCount(), before);
   { Scratch<float, 100> s(101); ASSERT_TRUE(s); s[100] = 1.0f; EXPECT_TRUE(aligned32(s.data())); }
   EXPECT_EQ(testing::allocationCount(), before + 1);
