@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@
 namespace {
 
 using kels::test::Canary;
+using V = std::vector<std::int32_t>;
 
 // The documented field order of the 33-word state.
 enum Word {
@@ -48,6 +50,11 @@ struct Controller {
     std::fill(sig2.begin(), sig2.end(), Kels16s(a2));
   }
   KelsStatus frame() { return kelsControllerUpdateAEC_32s(&prm, state(), &adapt, &gain1, &gain2); }
+  std::vector<std::int32_t> fields(std::initializer_list<int> ws) const {
+    std::vector<std::int32_t> v;
+    for (int w : ws) v.push_back(words[w]);
+    return v;
+  }
 
   KelsAECParams_32s prm{};
   std::vector<Kels16s> sig0, sig1, sig2;
@@ -68,13 +75,8 @@ TEST(AecController, SizeAndParameterRecordLayout) {
 
 TEST(AecController, InitialStateAndDerivedConstants) {
   Controller c(256, 8000, 12345);
-  EXPECT_EQ(62, c[kEnergyWin]);
-  EXPECT_EQ(8192, c[kCross]);
-  EXPECT_EQ(128, c[kRatioLo]);
-  EXPECT_EQ(512, c[kRatioHi]);
-  EXPECT_EQ(12345, c[kScale]);
-  EXPECT_EQ(1, c[kFirst]);
-  for (int w : {kGain1, kGain2, kTarget1, kTarget2}) EXPECT_EQ(kHalf, c[w]);
+  EXPECT_EQ((V{62, 8192, 128, 512, 12345, 1, kHalf, kHalf, kHalf, kHalf}),
+            c.fields({kEnergyWin, kCross, kRatioLo, kRatioHi, kScale, kFirst, kGain1, kGain2, kTarget1, kTarget2}));
   for (int w : {kP2, kP0, kMin0, kTmp0, kP1, kMin1, kTmp1, kRatio, kRatioMax, kRatioTmp, kStep1, kStep2,
                 kRatioCount, kCount0, kCount1, kHold, kMachine, kClass})
     EXPECT_EQ(0, c[w]) << w;
@@ -86,10 +88,7 @@ TEST(AecController, InitialStateAndDerivedConstants) {
   for (const Row& r : rows) {
     Controller a(r.n, r.fs);
     const std::string where = std::to_string(r.n) + " at " + std::to_string(r.fs);
-    EXPECT_EQ(r.hold, a[kHoldLen]) << where;
-    EXPECT_EQ(r.window, a[kRatioWin]) << where;
-    EXPECT_EQ(r.ramp, a[kRamp]) << where;
-    EXPECT_EQ(r.shift, a[kShift]) << where;
+    EXPECT_EQ((V{r.hold, r.window, r.ramp, r.shift}), a.fields({kHoldLen, kRatioWin, kRamp, kShift})) << where;
     EXPECT_NEAR(std::pow(0.95, 0.008 * r.fs / (r.n / 2)), a[kAlpha] / 2147483648.0, 0.001) << where;
   }
 }
@@ -122,14 +121,14 @@ TEST(AecController, CheckOrderWritesNothing) {
   EXPECT_EQ(kelErrNullPtr, kelsControllerGetSizeAEC_32s(nullptr));
   // Update: the five arguments and the signals inside the record.
   Controller c(256, 8000);
-  const std::vector<std::int32_t> before(c.words, c.words + kWords);
+  const V before(c.words, c.words + kWords);
   std::int32_t a = 7, g1 = 7, g2 = 7;
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(nullptr, c.state(), &a, &g1, &g2));
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, nullptr, &a, &g1, &g2));
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, c.state(), &a, &g1, nullptr));
   c.prm.pSignal1 = nullptr;
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, c.state(), &a, &g1, &g2));
-  EXPECT_EQ(before, std::vector<std::int32_t>(c.words, c.words + kWords));
+  EXPECT_EQ(before, V(c.words, c.words + kWords));
   EXPECT_TRUE(a == 7 && g1 == 7 && g2 == 7);
 }
 
@@ -140,16 +139,10 @@ TEST(AecController, FirstFrameReadsTheRightHalvesAndSetsEveryTracker) {
   std::fill(c.sig1.begin() + 128, c.sig1.end(), Kels16s(1024));
   std::fill(c.sig2.begin(), c.sig2.begin() + 128, Kels16s(32));
   ASSERT_EQ(kelOk, c.frame());
-  EXPECT_EQ(1024, c[kP2]);
-  for (int w : {kP0, kMin0, kTmp0}) EXPECT_EQ(65536, c[w]);
-  for (int w : {kP1, kMin1, kTmp1}) EXPECT_EQ(1048576, c[w]);
-  EXPECT_EQ(65536 * 64 / 1025, c[kRatio]);
-  // The minimum trackers ran on the first frame too.
-  EXPECT_EQ(1, c[kCount0]);
-  EXPECT_EQ(1, c[kCount1]);
-  EXPECT_EQ(0, c[kFirst]);
-  // Neither signal is above six times its own minimum; r > 2 and e1 / 4 > e0: code 9, class 13.
-  EXPECT_EQ(13, c[kClass]);
+  // The minimum trackers ran on the first frame too (counters 1). Neither signal is above six
+  // times its own minimum; r > 2 and e1 / 4 > e0: code 9, class 13.
+  EXPECT_EQ((V{1024, 65536, 65536, 65536, 1048576, 1048576, 1048576, 65536 * 64 / 1025, 1, 1, 0, 13}),
+            c.fields({kP2, kP0, kMin0, kTmp0, kP1, kMin1, kTmp1, kRatio, kCount0, kCount1, kFirst, kClass}));
   // Each square is shifted before the sum: 127^2 >> 7 = 126.
   Controller d(256, 8000);
   d.amplitudes(127, 127, 127);
@@ -165,16 +158,12 @@ TEST(AecController, SmoothingAndZeroSamplesInTheMinimumTracker) {
   c.sig1[200] = 0;              // one zero in the half of signal 1 that is read
   ASSERT_EQ(kelOk, c.frame());
   EXPECT_NEAR(65536 + c[kAlpha] / 2147483648.0 * (262144 - 65536), c[kP0], 1.0);
-  EXPECT_EQ(65536, c[kMin0]);
-  EXPECT_EQ(2, c[kCount0]);
-  EXPECT_EQ(65536, c[kMin1]);  // the zero left tracker 1 alone
-  EXPECT_EQ(65536, c[kTmp1]);
-  EXPECT_EQ(1, c[kCount1]);
+  EXPECT_EQ((V{65536, 2}), c.fields({kMin0, kCount0}));
+  EXPECT_EQ((V{65536, 65536, 1}), c.fields({kMin1, kTmp1, kCount1}));  // the zero left tracker 1 alone
   c.sig1[200] = 128;
   c.sig1[10] = 0;  // a zero outside the read half does not count
   ASSERT_EQ(kelOk, c.frame());
-  EXPECT_EQ(16384, c[kMin1]);
-  EXPECT_EQ(2, c[kCount1]);
+  EXPECT_EQ((V{16384, 2}), c.fields({kMin1, kCount1}));
 }
 
 TEST(AecController, MinimumWindowRestarts) {
@@ -184,12 +173,9 @@ TEST(AecController, MinimumWindowRestarts) {
   ASSERT_EQ(kelOk, c.frame());  // counter 1 after the first frame
   c.amplitudes(256, 256, 256);
   for (int f = 1; f < window; ++f) ASSERT_EQ(kelOk, c.frame());
-  EXPECT_EQ(window, c[kCount1]);
-  EXPECT_EQ(4096, c[kMin1]);
+  EXPECT_EQ((V{window, 4096}), c.fields({kCount1, kMin1}));
   ASSERT_EQ(kelOk, c.frame());  // restart: min = min(tmp, e) still holds the first frame
-  EXPECT_EQ(0, c[kCount1]);
-  EXPECT_EQ(4096, c[kMin1]);
-  EXPECT_EQ(65536, c[kTmp1]);
+  EXPECT_EQ((V{0, 4096, 65536}), c.fields({kCount1, kMin1, kTmp1}));
   for (int f = 0; f <= window; ++f) ASSERT_EQ(kelOk, c.frame());
   EXPECT_EQ(65536, c[kMin1]);
 }
@@ -289,8 +275,7 @@ TEST(AecController, HoldCounterAndLowRatioRules) {
   setCode(d, codeOf(1));
   d[kRatioHi] = 0;
   ASSERT_EQ(kelOk, d.frame());
-  EXPECT_EQ(1, d[kHold]);
-  EXPECT_EQ(0, d.adapt);
+  EXPECT_EQ((V{1, 0}), (V{d[kHold], d.adapt}));
 }
 
 TEST(AecController, UpperRatioThresholdFollowsTheMaximum) {
@@ -301,9 +286,7 @@ TEST(AecController, UpperRatioThresholdFollowsTheMaximum) {
   c.amplitudes(256, 256, 448);
   c[kP2] = 448 * 448;
   ASSERT_EQ(kelOk, c.frame());
-  EXPECT_EQ(20, c[kRatio]);
-  EXPECT_EQ(20, c[kRatioMax]);
-  EXPECT_EQ(10, c[kRatioHi]);
+  EXPECT_EQ((V{20, 20, 10}), c.fields({kRatio, kRatioMax, kRatioHi}));
   // r = 16320 (bit length 14): shift 5.
   Controller d(256, 8000);
   setCode(d, 3);
@@ -313,8 +296,7 @@ TEST(AecController, UpperRatioThresholdFollowsTheMaximum) {
   Controller e(256, 8000);
   setCode(e, 1);
   ASSERT_EQ(kelOk, e.frame());
-  EXPECT_EQ(0, e[kRatioMax]);
-  EXPECT_EQ(512, e[kRatioHi]);
+  EXPECT_EQ((V{0, 512}), e.fields({kRatioMax, kRatioHi}));
 }
 
 // One frame of class `cls` in machine state `s` on a running controller.
@@ -365,8 +347,7 @@ TEST(AecController, LongFramesFinishARampInOneStep) {
   c[kGain1] = c[kGain2] = 0;
   c[kFirst] = 0;
   ASSERT_EQ(kelOk, c.frame());
-  EXPECT_EQ(kHalf, c.gain1);
-  EXPECT_EQ(kHalf, c.gain2);
+  EXPECT_EQ((V{kHalf, kHalf}), (V{c.gain1, c.gain2}));
 }
 
 TEST(AecController, AdaptationFactorScalesTheLevel) {
