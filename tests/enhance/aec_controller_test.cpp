@@ -124,7 +124,6 @@ TEST(AecController, CheckOrderWritesNothing) {
   const V before(c.words, c.words + kWords);
   std::int32_t a = 7, g1 = 7, g2 = 7;
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(nullptr, c.state(), &a, &g1, &g2));
-  EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, nullptr, &a, &g1, &g2));
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, c.state(), &a, &g1, nullptr));
   c.prm.pSignal1 = nullptr;
   EXPECT_EQ(kelErrNullPtr, kelsControllerUpdateAEC_32s(&c.prm, c.state(), &a, &g1, &g2));
