@@ -127,41 +127,38 @@ TEST(AecFilter, CheckOrderWritesNothing) {
 
 // ---- step size ----
 
-TEST(AecStep, BranchesAndStatedEdges) {
-  const std::int32_t energy[] = {1000, 1001, 0, 1 << 20};
-  double step[4];
-  // a = 2^30 (one half): 0.5 / E * 2^-sf above the threshold; mu0 * 2^-(sf + 92) at or below.
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(energy, 1 << 30, 0.75, 1000, step, 4, 3));
-  EXPECT_EQ(std::ldexp(0.75, -95), step[0]);  // E = threshold takes the quiet branch
-  EXPECT_EQ(0.5 / 1001 / 8, step[1]);
-  EXPECT_EQ(std::ldexp(0.75, -95), step[2]);
-  EXPECT_EQ(std::ldexp(0.5, -23), step[3]);
-  // Negative sf doubles.
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(energy, 1 << 30, 0.75, 1000, step, 4, -10));
-  EXPECT_EQ(0.5 / 1001 * 1024, step[1]);
-  EXPECT_EQ(std::ldexp(0.75, -82), step[0]);
-  // a = 0 writes zeros even with valid mu0 and threshold.
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(energy, 0, 0.75, 1000, step, 4, 3));
-  for (double s : step) EXPECT_EQ(0.0, s);
-}
-
-TEST(AecStep, ScalingIsRepeatedHalving) {
-  // 11 units of the smallest subnormal halved three times one by one: 5.5 -> 6, 3, 1.5 -> 2.
-  // A single scaling by 1/8 would round 1.375 to 1.
-  const double unit = std::numeric_limits<double>::denorm_min();
-  const double mu0 = std::ldexp(11.0, -1074 + 89);  // 92 halvings: 89 exact, then three
-  const std::int32_t energy = 0;
-  double step;
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(&energy, 1, mu0, 1, &step, 1, 0));
-  EXPECT_EQ(2 * unit, step);
-  // Large exponents end at 0 (halving) or infinity (doubling) without running for ever.
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(&energy, 1, 1.0, 1, &step, 1, INT32_MAX));
-  EXPECT_EQ(0.0, step);
-  const std::int32_t loud = 5;
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(&loud, INT32_MAX, 1.0, 1, &step, 1, INT32_MIN));
-  EXPECT_TRUE(std::isinf(step));
-  ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(&loud, INT32_MAX, 1.0, 1, &step, 1, 1000));
-  EXPECT_EQ(std::ldexp(double(INT32_MAX) / 2147483648.0 / 5, -1000), step);
+TEST(AecStep, BranchesScalingAndStatedEdges) {
+  const double unit = std::numeric_limits<double>::denorm_min(), inf = std::numeric_limits<double>::infinity();
+  // With a = 2^30 (one half): 0.5 / E * 2^-sf above the threshold 1000, mu0 * 2^-(sf + 92) at
+  // or below it.
+  const struct {
+    const char* what;
+    std::int32_t energy, a;
+    double mu0;
+    int sf;
+    double expected;
+  } rows[] = {
+      {"E = threshold takes the quiet branch", 1000, 1 << 30, 0.75, 3, std::ldexp(0.75, -95)},
+      {"E = 0", 0, 1 << 30, 0.75, 3, std::ldexp(0.75, -95)},
+      {"loud", 1001, 1 << 30, 0.75, 3, 0.5 / 1001 / 8},
+      {"loud, 2^20", 1 << 20, 1 << 30, 0.75, 3, std::ldexp(0.5, -23)},
+      {"a negative sf doubles", 1001, 1 << 30, 0.75, -10, 0.5 / 1001 * 1024},
+      {"quiet, negative sf", 1000, 1 << 30, 0.75, -10, std::ldexp(0.75, -82)},
+      {"a = 0, loud", 1001, 0, 0.75, 3, 0.0},
+      {"a = 0, quiet", 1000, 0, 0.75, 3, 0.0},
+      // 11 units of the smallest subnormal halved three times one by one (92 halvings: 89 exact,
+      // then three): 5.5 -> 6, 3, 1.5 -> 2. A single scaling by 1/8 would round 1.375 to 1.
+      {"repeated halving", 0, 1 << 30, std::ldexp(11.0, -1074 + 89), 0, 2 * unit},
+      // Large exponents end at 0 (halving) or infinity (doubling) without running for ever.
+      {"sf = INT32_MAX", 0, 1 << 30, 1.0, INT32_MAX, 0.0},
+      {"sf = INT32_MIN", 1001, INT32_MAX, 1.0, INT32_MIN, inf},
+      {"sf = 1000", 1001, INT32_MAX, 1.0, 1000, std::ldexp(double(INT32_MAX) / 2147483648.0 / 1001, -1000)},
+  };
+  for (const auto& r : rows) {
+    double step = -1;
+    ASSERT_EQ(kelOk, kelsStepSizeUpdateAECNLMS_32s(&r.energy, r.a, r.mu0, 1000, &step, 1, r.sf)) << r.what;
+    EXPECT_EQ(r.expected, step) << r.what;
+  }
 }
 
 TEST(AecStep, CheckOrderWritesNothing) {
