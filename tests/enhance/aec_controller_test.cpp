@@ -70,6 +70,7 @@ TEST(AecController, SizeAndParameterRecordLayout) {
   EXPECT_EQ(sizeof(void*), offsetof(KelsAECParams_32s, pSignal1));
   EXPECT_EQ(3 * sizeof(void*), offsetof(KelsAECParams_32s, user3));
   EXPECT_EQ(3 * sizeof(void*) + 2 * 4, offsetof(KelsAECParams_32s, outputScale));
+  EXPECT_EQ(3 * sizeof(void*) + 7 * 4, offsetof(KelsAECParams_32s, frameLen));
   EXPECT_EQ(3 * sizeof(void*) + 8 * 4, offsetof(KelsAECParams_32s, sampleRate));
 }
 
