@@ -154,8 +154,7 @@ TEST(DcsClust, AccumulateOverwritesWithMoments) {
       }
     }
   float x[2] = {1, 2};
-  EXPECT_EQ(kelsDcsClustLAccumulate_32f(x, x, x, nullptr, 2, 1.0f), kelErrNullPtr);
-  EXPECT_EQ(kelsDcsClustLAccumulate_32f(nullptr, x, x, x, 0, 1.0f), kelErrNullPtr);
+  EXPECT_EQ(kelsDcsClustLAccumulate_32f(nullptr, x, x, x, 0, 1.0f), kelErrNullPtr);  // pointers first
   EXPECT_EQ(kelsDcsClustLAccumulate_DirectVar_32f(x, x, x, x, 0, 1.0f), kelErrSize);
 }
 
