@@ -288,8 +288,9 @@ TEST(RecSqrt, FloatThresholdIsStrictAndWarnsWhenAllReplaced) {
   }
 }
 
-TEST(RecSqrt, IntegerFormsTakeEqualityAndTruncate) {
+TEST(RecSqrt, IntegerFormsTakeEqualityAndTruncateThresholdsAreChecked) {
   Kels32s v[4] = {4, 2, 1, 100}, w[1] = {1};
+  float v2[1] = {4.0f};
   ASSERT_EQ(kelOk, kelsRecSqrt_32s_Sfs(v, 4, 2, -15));
   // 0.5 * 2^15; equal to the threshold: 1/sqrt(2) truncated; below: the threshold; 3276.8 truncated.
   EXPECT_TRUE(v[0] == 16384 && v[1] == Kels32s(32768 / std::sqrt(2.0L)) && v[2] == 65536 && v[3] == 3276);
@@ -301,6 +302,14 @@ TEST(RecSqrt, IntegerFormsTakeEqualityAndTruncate) {
   for (Kels16s x : dst) EXPECT_EQ(x, 5);
   ASSERT_EQ(kelOk, kelsRecSqrt_32s_Sfs(w, 1, 1, -31));
   EXPECT_EQ(w[0], INT32_MIN);  // 2^31 clamped and converted
+  // Threshold checks come after the pointers and the size; a refused call writes nothing.
+  EXPECT_EQ(kelErrSize, kelsRecSqrt_32f(v2, 0, -1.0f));
+  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32f(v2, 1, 0.0f));
+  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32f(v2, 1, std::nanf("")));
+  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32s_Sfs(w, 1, 0, 0));
+  EXPECT_EQ(kelErrNullPtr, kelsRecSqrt_32s16s_Sfs(src, nullptr, 3, 0, 0));
+  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32s16s_Sfs(src, dst, 3, 0, 0));
+  EXPECT_TRUE(v2[0] == 4.0f && w[0] == INT32_MIN && dst[0] == 5);
 }
 
 // Upper triangle against m(k) for both deviations (matrix is symmetric, filled both ways).
@@ -473,20 +482,6 @@ TEST(ColumnChecks, MembersCheckInTheirOwnOrderAndWriteNothing) {
     if (st != kelOk) EXPECT_TRUE(o1.untouched() && o2.untouched()) << r.what;
     else EXPECT_TRUE(o1.guardsIntact()) << r.what;
   }
-}
-
-// Threshold checks come after the pointers and the size; a refused call writes nothing.
-TEST(ColumnChecks, VectorMembers) {
-  float v[4] = {1, 2, 3, 4};
-  Kels32s iv[2] = {1, 2};
-  Kels16s sv[2] = {9, 9};
-  EXPECT_EQ(kelErrSize, kelsRecSqrt_32f(v, 0, -1.0f));
-  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32f(v, 4, 0.0f));
-  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32f(v, 4, std::nanf("")));
-  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32s_Sfs(iv, 2, 0, 0));
-  EXPECT_EQ(kelErrNullPtr, kelsRecSqrt_32s16s_Sfs(iv, nullptr, 2, 0, 0));
-  EXPECT_EQ(kelErrBadArg, kelsRecSqrt_32s16s_Sfs(iv, sv, 2, 0, 0));
-  EXPECT_TRUE(v[0] == 1.0f && iv[0] == 1 && sv[0] == 9);
 }
 
 }  // namespace
