@@ -148,36 +148,17 @@ TEST(ColumnStats16s, MeansAndScaledVariancesRoundHalfToEven) {
 }
 
 // Weighted moments, without normalisation; the D2L forms give the D2 bits.
-template <class T> struct Weighted;
-template <> struct Weighted<float> {
-  static constexpr auto* meanVar = &kelsWeightedMeanVarColumn_32f_D2;
-  static constexpr auto* mean = &kelsWeightedMeanColumn_32f_D2;
-  static constexpr auto* var = &kelsWeightedVarColumn_32f_D2;
-  static constexpr auto* meanVarL = &kelsWeightedMeanVarColumn_32f_D2L;
-  static constexpr auto* meanL = &kelsWeightedMeanColumn_32f_D2L;
-  static constexpr auto* varL = &kelsWeightedVarColumn_32f_D2L;
-};
-template <> struct Weighted<double> {
-  static constexpr auto* meanVar = &kelsWeightedMeanVarColumn_64f_D2;
-  static constexpr auto* mean = &kelsWeightedMeanColumn_64f_D2;
-  static constexpr auto* var = &kelsWeightedVarColumn_64f_D2;
-  static constexpr auto* meanVarL = &kelsWeightedMeanVarColumn_64f_D2L;
-  static constexpr auto* meanL = &kelsWeightedMeanColumn_64f_D2L;
-  static constexpr auto* varL = &kelsWeightedVarColumn_64f_D2L;
-};
-
-template <class T>
-void checkWeighted(Ref eps) {
-  using W = Weighted<T>;
+template <class T, class MV, class M, class V, class MVL, class ML, class VL>
+void checkWeighted(Ref eps, MV meanVar, M meanOnly, V varGiven, MVL meanVarL, ML meanL, VL varL) {
   Rng rng(23);
   for (const Shape& s : kShapes) {
     auto m = randomBlock<T>(s.n, s.d, s.d + s.extra, s.misalign * sizeof(T) / 4, rng, -4, 6);
     const auto w = rng.uniformVec<T>(std::size_t(s.n), 0, 2.0 / s.n);
     const auto given = rng.uniformVec<T>(std::size_t(s.d), -1, 1);
     std::vector<T> mean(s.d), var(s.d), mOnly(s.d), vGiven(s.d), a(s.d), b(s.d), c(s.d), e(s.d);
-    ASSERT_EQ(kelOk, W::meanVar(m.base(), m.step(), w.data(), s.n, mean.data(), var.data(), s.d));
-    ASSERT_EQ(kelOk, W::mean(m.base(), m.step(), w.data(), s.n, mOnly.data(), s.d));
-    ASSERT_EQ(kelOk, W::var(m.base(), m.step(), w.data(), s.n, given.data(), vGiven.data(), s.d));
+    ASSERT_EQ(kelOk, meanVar(m.base(), m.step(), w.data(), s.n, mean.data(), var.data(), s.d));
+    ASSERT_EQ(kelOk, meanOnly(m.base(), m.step(), w.data(), s.n, mOnly.data(), s.d));
+    ASSERT_EQ(kelOk, varGiven(m.base(), m.step(), w.data(), s.n, given.data(), vGiven.data(), s.d));
     for (int j = 0; j < s.d; ++j) {
       Ref sw = 0, sw2 = 0, sa = 0;
       for (int i = 0; i < s.n; ++i) {
@@ -193,14 +174,20 @@ void checkWeighted(Ref eps) {
       EXPECT_TRUE(close(vGiven[j], sw2 - Ref(given[j]) * given[j], sa + 1, e)) << j;
     }
     m.scatter({0, 8, 4});
-    ASSERT_EQ(kelOk, W::meanVarL(m.constRowTable(), w.data(), s.n, a.data(), b.data(), s.d));
-    ASSERT_EQ(kelOk, W::meanL(m.constRowTable(), w.data(), s.n, c.data(), s.d));
-    ASSERT_EQ(kelOk, W::varL(m.constRowTable(), w.data(), s.n, given.data(), e.data(), s.d));
+    ASSERT_EQ(kelOk, meanVarL(m.constRowTable(), w.data(), s.n, a.data(), b.data(), s.d));
+    ASSERT_EQ(kelOk, meanL(m.constRowTable(), w.data(), s.n, c.data(), s.d));
+    ASSERT_EQ(kelOk, varL(m.constRowTable(), w.data(), s.n, given.data(), e.data(), s.d));
     EXPECT_TRUE(sameBits(mean, a) && sameBits(var, b) && sameBits(mean, c) && sameBits(vGiven, e));
   }
 }
-TEST(WeightedColumn, Float) { checkWeighted<float>(kEpsF); }
-TEST(WeightedColumn, Double) { checkWeighted<double>(kEpsD); }
+TEST(WeightedColumn, Float) {
+  checkWeighted<float>(kEpsF, kelsWeightedMeanVarColumn_32f_D2, kelsWeightedMeanColumn_32f_D2, kelsWeightedVarColumn_32f_D2,
+                       kelsWeightedMeanVarColumn_32f_D2L, kelsWeightedMeanColumn_32f_D2L, kelsWeightedVarColumn_32f_D2L);
+}
+TEST(WeightedColumn, Double) {
+  checkWeighted<double>(kEpsD, kelsWeightedMeanVarColumn_64f_D2, kelsWeightedMeanColumn_64f_D2, kelsWeightedVarColumn_64f_D2,
+                        kelsWeightedMeanVarColumn_64f_D2L, kelsWeightedMeanColumn_64f_D2L, kelsWeightedVarColumn_64f_D2L);
+}
 
 TEST(SumMeanVar, SumsNotMeansAndTheInPlaceFormsAccumulate) {
   Rng rng(5);
