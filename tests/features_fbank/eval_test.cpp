@@ -145,7 +145,7 @@ TEST(EvalIntegers, SameBanksAsTheFloatBuildersScaledRoundedSaturated) {
       const int e = std::clamp(sf, -128, 150);
       for (std::size_t j = 0; j < nf; ++j) {
         const LD scaled = std::ldexp(LD(ref[j]), -e);
-        if (nearTie(scaled)) continue;
+        if (std::fabs(scaled) < 2147483648.0L && nearTie(scaled)) continue;  // far beyond: saturated
         EXPECT_EQ(o16[j], refScaleRound<Kels16s>(LD(ref[j]), e)) << nf << " " << sf << " " << j;
         // Single-precision results that reach 2^31 are stored as -2^31.
         EXPECT_EQ(o32[j], scaled >= 2147483648.0L ? INT32_MIN : refScaleRound<Kels32s>(LD(ref[j]), e)) << sf << " " << j;
