@@ -213,7 +213,6 @@ TEST(DCTLifterChecks, InOrderAndNothingWritten) {
   EXPECT_EQ(kelsDCTLifterInitAlloc_32f(&o, 4, 0, 1, 1.0f), kelErrSize);
   EXPECT_EQ(kelsDCTLifterInitAlloc_16s(&o16, 4, 2, 0, 1.0f), kelErrSize);
   EXPECT_EQ(kelsDCTLifterInitAlloc_C0_32f(&o, 3, 4, 1, 1.0f, 1.0f), kelErrSize);
-  EXPECT_EQ(kelsDCTLifterInitAlloc_Mul_16s(&o16, 3, u, 4), kelErrSize);
   EXPECT_EQ(o, nullptr);  // no record on a failed check
   EXPECT_EQ(o16, nullptr);
   int size = -1;
