@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "mixture_members_decl.h"
+#include "mixture_members.h"
 #include "support/layout.h"
 #include "support/reference.h"
 #include "support/rng.h"
