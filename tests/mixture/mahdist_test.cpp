@@ -14,28 +14,17 @@ namespace kels::test::mixture {
 namespace {
 
 template <class T>
-struct MahApi;
-template <>
-struct MahApi<Kels32f> {
-  static constexpr auto single = kelsMahDistSingle_32f;
-  static constexpr auto d2 = kelsMahDist_32f_D2;
-  static constexpr auto d2l = kelsMahDist_32f_D2L;
-  static constexpr auto multi = kelsMahDistMultiMix_32f_D2;
-  static constexpr auto multiL = kelsMahDistMultiMix_32f_D2L;
-  static constexpr auto d2b = kelsMahDist1_32f_D2;
-  static constexpr auto multiB = kelsMahDist2_32f_D2L;
-  static constexpr double kEps = 0x1p-23;
-};
-template <>
-struct MahApi<Kels64f> {
-  static constexpr auto single = kelsMahDistSingle_64f;
-  static constexpr auto d2 = kelsMahDist_64f_D2;
-  static constexpr auto d2l = kelsMahDist_64f_D2L;
-  static constexpr auto multi = kelsMahDistMultiMix_64f_D2;
-  static constexpr auto multiL = kelsMahDistMultiMix_64f_D2L;
-  static constexpr auto d2b = kelsMahDist1_64f_D2;
-  static constexpr auto multiB = kelsMahDist2_64f_D2L;
-  static constexpr double kEps = 0x1p-52;
+struct MahApi {
+  static constexpr auto single = byType<T>(kelsMahDistSingle_32f, kelsMahDistSingle_64f);
+  static constexpr auto d2 = byType<T>(kelsMahDist_32f_D2, kelsMahDist_64f_D2);
+  static constexpr auto d2l = byType<T>(kelsMahDist_32f_D2L, kelsMahDist_64f_D2L);
+  static constexpr auto multi = byType<T>(kelsMahDistMultiMix_32f_D2, kelsMahDistMultiMix_64f_D2);
+  static constexpr auto multiL = byType<T>(kelsMahDistMultiMix_32f_D2L, kelsMahDistMultiMix_64f_D2L);
+  static constexpr auto d2b = byType<T>(kelsMahDist1_32f_D2, kelsMahDist1_64f_D2);  // second names
+  static constexpr auto d2lB = byType<T>(kelsMahDist1_32f_D2L, kelsMahDist1_64f_D2L);
+  static constexpr auto multiB = byType<T>(kelsMahDist2_32f_D2, kelsMahDist2_64f_D2);
+  static constexpr auto multiLB = byType<T>(kelsMahDist2_32f_D2L, kelsMahDist2_64f_D2L);
+  static constexpr double kEps = sizeof(T) == 4 ? 0x1p-23 : 0x1p-52;
 };
 
 template <class T>
@@ -90,17 +79,20 @@ TYPED_TEST(MahDist, EveryLayoutAndTargetMatchesTheReference) {
       d.rowW.scatter({0, (3 - mis) * sizeof(T)});
       forEachTarget([&](Target tg) {
         std::vector<Canary<T>> out;
-        for (int k = 0; k < 6; ++k) out.emplace_back(9, k == 0 ? mis * sizeof(T) : 0);
+        for (int k = 0; k < 8; ++k) out.emplace_back(9, k == 0 ? mis * sizeof(T) : 0);
         const T** rowT = d.rows.constRowTable();
+        const T** rowWT = d.rowW.constRowTable();
         ASSERT_EQ(kelOk, Api::d2(d.rows.base(), n + 1, d.vec.data(), d.vecW.data(), n, out[0].data(), 9));
         ASSERT_EQ(kelOk, Api::d2l(rowT, d.vec.data(), d.vecW.data(), n, out[1].data(), 9));
         ASSERT_EQ(kelOk, Api::d2b(d.rows.base(), n + 1, d.vec.data(), d.vecW.data(), n, out[2].data(), 9));
-        ASSERT_EQ(kelOk, Api::multi(d.rows.base(), d.rowW.base(), n + 1, d.vec.data(), n, out[3].data(), 9));
-        ASSERT_EQ(kelOk, Api::multiL(rowT, d.rowW.constRowTable(), d.vec.data(), n, out[4].data(), 9));
-        ASSERT_EQ(kelOk, Api::multiB(rowT, d.rowW.constRowTable(), d.vec.data(), n, out[5].data(), 9));
-        for (int k = 0; k < 6; ++k) {
+        ASSERT_EQ(kelOk, Api::d2lB(rowT, d.vec.data(), d.vecW.data(), n, out[3].data(), 9));
+        ASSERT_EQ(kelOk, Api::multi(d.rows.base(), d.rowW.base(), n + 1, d.vec.data(), n, out[4].data(), 9));
+        ASSERT_EQ(kelOk, Api::multiL(rowT, rowWT, d.vec.data(), n, out[5].data(), 9));
+        ASSERT_EQ(kelOk, Api::multiB(d.rows.base(), d.rowW.base(), n + 1, d.vec.data(), n, out[6].data(), 9));
+        ASSERT_EQ(kelOk, Api::multiLB(rowT, rowWT, d.vec.data(), n, out[7].data(), 9));
+        for (int k = 0; k < 8; ++k) {
           EXPECT_TRUE(out[std::size_t(k)].guardsIntact()) << k;
-          EXPECT_EQ(0, std::memcmp((k < 3 ? one : many).data(), out[std::size_t(k)].data(), 9 * sizeof(T)))
+          EXPECT_EQ(0, std::memcmp((k < 4 ? one : many).data(), out[std::size_t(k)].data(), 9 * sizeof(T)))
               << targetName(tg) << " n " << n << " member " << k;
         }
       });

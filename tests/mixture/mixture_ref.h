@@ -47,6 +47,13 @@ inline Ref refLogSum(const std::vector<Ref>& v, LogDomain ld) {
   return std::max(hi + std::log(s), ld.zero);
 }
 
+// The single- or the double-precision member, by element type.
+template <class T, class F, class D>
+constexpr auto byType(F f32, D f64) {
+  if constexpr (sizeof(T) == 4) return f32;
+  else return f64;
+}
+
 inline bool intResult(Kind k) { return k == Kind::kInt || k == Kind::kLowI; }
 inline bool lowSplit(Kind k, int sf) { return (k == Kind::kLowF || k == Kind::kLowI) && sf >= 0 && sf <= 15; }
 

@@ -14,24 +14,13 @@ namespace kels::test::mixture {
 namespace {
 
 template <class T>
-struct SelectApi;
-template <>
-struct SelectApi<Kels32f> {
-  static constexpr auto select = kelsLogGaussMixture_Select_32f_D2;
-  static constexpr auto multiMix = kelsLogGaussMultiMix_32f_D2;
-  static constexpr auto mixture = kelsLogGaussMixture_32f_D2;
-  static constexpr auto mixtureL = kelsLogGaussMixture_32f_D2L;
-  static constexpr LogDomain kLd = kLog32;
-  static constexpr auto logSum = kelsLogSum_32f;
-};
-template <>
-struct SelectApi<Kels64f> {
-  static constexpr auto select = kelsLogGaussMixture_Select_64f_D2;
-  static constexpr auto multiMix = kelsLogGaussMultiMix_64f_D2;
-  static constexpr auto mixture = kelsLogGaussMixture_64f_D2;
-  static constexpr auto mixtureL = kelsLogGaussMixture_64f_D2L;
-  static constexpr LogDomain kLd = kLog64;
-  static constexpr auto logSum = kelsLogSum_64f;
+struct SelectApi {
+  static constexpr auto select = byType<T>(kelsLogGaussMixture_Select_32f_D2, kelsLogGaussMixture_Select_64f_D2);
+  static constexpr auto multiMix = byType<T>(kelsLogGaussMultiMix_32f_D2, kelsLogGaussMultiMix_64f_D2);
+  static constexpr auto mixture = byType<T>(kelsLogGaussMixture_32f_D2, kelsLogGaussMixture_64f_D2);
+  static constexpr auto mixtureL = byType<T>(kelsLogGaussMixture_32f_D2L, kelsLogGaussMixture_64f_D2L);
+  static constexpr auto logSum = byType<T>(kelsLogSum_32f, kelsLogSum_64f);
+  static constexpr LogDomain kLd = sizeof(T) == 4 ? kLog32 : kLog64;
 };
 
 // T frames and G Gaussians of length n, all rows sharing one step.

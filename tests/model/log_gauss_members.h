@@ -3,6 +3,8 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <kelsr.h>
@@ -49,97 +51,81 @@ struct Member {
 #define MEMBER(fn, ...) {#fn, [](A& a) { return fn(__VA_ARGS__); }}
 
 template <class S, class D>
-std::vector<Member<S, D>> members();
-
-template <>
-inline std::vector<Member<Kels32f, Kels32f>> members<Kels32f, Kels32f>() {
-  using A = Args<Kels32f, Kels32f>;
-  return {
-      MEMBER(kelsLogGaussSingle_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_IdVar_32f, a.x, a.mu, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_IdVar_32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_IdVar_32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_DirectVar_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-  };
-}
-
-template <>
-inline std::vector<Member<Kels64f, Kels64f>> members<Kels64f, Kels64f>() {
-  using A = Args<Kels64f, Kels64f>;
-  return {
-      MEMBER(kelsLogGaussSingle_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_64f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_64f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_IdVar_64f, a.x, a.mu, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_IdVar_64f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_IdVar_64f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_DirectVar_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-  };
-}
-
-template <>
-inline std::vector<Member<Kels32f, Kels64f>> members<Kels32f, Kels64f>() {
-  using A = Args<Kels32f, Kels64f>;
-  return {
-      MEMBER(kelsLogGaussSingle_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGaussSingle_IdVar_32f64f, a.x, a.mu, a.n, a.dst, a.g),
-      MEMBER(kelsLogGaussSingle_DirectVar_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-  };
-}
-
-template <>
-inline std::vector<Member<Kels16s, Kels32f>> members<Kels16s, Kels32f>() {
-  using A = Args<Kels16s, Kels32f>;
-  return {
-      MEMBER(kelsLogGaussSingle_DirectVar_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGaussSingle_DirectVarScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_Scaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_Scaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_Scaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_IdVar_16s32f, a.x, a.mu, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_IdVar_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_IdVar_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_IdVarScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_LowScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_LowScaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_LowScaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_IdVarLowScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_Low_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_Low_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_Low_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGaussSingle_IdVarLow_16s32f, a.x, a.mu, a.n, a.dst, a.g),
-      MEMBER(kelsLogGauss_IdVarLow_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-      MEMBER(kelsLogGauss_IdVarLow_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-  };
-}
-
-template <>
-inline std::vector<Member<Kels16s, Kels32s>> members<Kels16s, Kels32s>() {
-  using A = Args<Kels16s, Kels32s>;
-  return {
-      MEMBER(kelsLogGaussSingle_DirectVar_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_IdVar_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVar_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVar_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_Low_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_Low_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_Low_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGaussSingle_IdVarLow_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarLow_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-      MEMBER(kelsLogGauss_IdVarLow_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-  };
+std::vector<Member<S, D>> members() {
+  using A = Args<S, D>;
+  using P = std::pair<S, D>;
+  if constexpr (std::is_same_v<P, std::pair<Kels32f, Kels32f>>) {
+    return {
+        MEMBER(kelsLogGaussSingle_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_IdVar_32f, a.x, a.mu, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_IdVar_32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_IdVar_32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_DirectVar_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+    };
+  } else if constexpr (std::is_same_v<P, std::pair<Kels64f, Kels64f>>) {
+    return {
+        MEMBER(kelsLogGaussSingle_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_64f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_64f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_IdVar_64f, a.x, a.mu, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_IdVar_64f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_IdVar_64f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_DirectVar_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+    };
+  } else if constexpr (std::is_same_v<P, std::pair<Kels32f, Kels64f>>) {
+    return {
+        MEMBER(kelsLogGaussSingle_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGaussSingle_IdVar_32f64f, a.x, a.mu, a.n, a.dst, a.g),
+        MEMBER(kelsLogGaussSingle_DirectVar_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+    };
+  } else if constexpr (std::is_same_v<P, std::pair<Kels16s, Kels32f>>) {
+    return {
+        MEMBER(kelsLogGaussSingle_DirectVar_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGaussSingle_DirectVarScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_Scaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_Scaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_Scaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_IdVar_16s32f, a.x, a.mu, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_IdVar_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_IdVar_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_IdVarScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_LowScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_LowScaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_LowScaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_IdVarLowScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_Low_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_Low_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_Low_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGaussSingle_IdVarLow_16s32f, a.x, a.mu, a.n, a.dst, a.g),
+        MEMBER(kelsLogGauss_IdVarLow_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
+        MEMBER(kelsLogGauss_IdVarLow_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
+    };
+  } else if constexpr (std::is_same_v<P, std::pair<Kels16s, Kels32s>>) {
+    return {
+        MEMBER(kelsLogGaussSingle_DirectVar_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_IdVar_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVar_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVar_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_Low_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_Low_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_Low_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGaussSingle_IdVarLow_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarLow_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+        MEMBER(kelsLogGauss_IdVarLow_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+    };
+  }
 }
 
 #undef MEMBER
