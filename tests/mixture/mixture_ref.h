@@ -62,13 +62,15 @@ inline bool lowSplit(Kind k, int sf) { return (k == Kind::kLowF || k == Kind::kL
 template <class E, class R>
 struct Problem {
   int n, count, sf;
+  bool wide;
   Matrix2D<E> rows, rowVars;  // Max/Add: x rows; others: means and weights
   Buffer<E> vec, vecVar;      // Max/Add: mean and weights; others: x
   std::vector<R> g;
   R g0;
 
-  Problem(Rng& rng, int n_, int count_, int sf_, std::size_t misalign)
-      : n(n_), count(count_), sf(sf_), rows(count_, n_, n_ + 3, misalign * sizeof(E)),
+  // wide: full-range 16-bit data and floats over seven decades, for bit comparisons only.
+  Problem(Rng& rng, int n_, int count_, int sf_, std::size_t misalign, bool wide_ = false)
+      : n(n_), count(count_), sf(sf_), wide(wide_), rows(count_, n_, n_ + 3, misalign * sizeof(E)),
         rowVars(count_, n_, n_ + 3, misalign * sizeof(E)), vec(std::size_t(n_), misalign * sizeof(E)),
         vecVar(std::size_t(n_), misalign * sizeof(E)), g(std::size_t(count_)), g0(constant(rng)) {
     for (int r = 0; r < count; ++r)
@@ -83,8 +85,8 @@ struct Problem {
     for (auto& v : g) v = constant(rng);
   }
   static constexpr bool k16s = sizeof(E) == 2;
-  static E value(Rng& rng) { return k16s ? E(rng.integer(-60, 60)) : E(rng.uniform(-2, 2)); }
-  static E weight(Rng& rng) { return k16s ? E(rng.integer(1, 30)) : E(rng.uniform(0.2, 2)); }
+  E value(Rng& rng) const { return k16s ? E(rng.integer(wide ? -32768 : -60, wide ? 32767 : 60)) : E(rng.uniform(wide ? -1e3 : -2, wide ? 1e3 : 2)); }
+  E weight(Rng& rng) const { return k16s ? E(rng.integer(wide ? -32768 : 1, wide ? 32767 : 30)) : E(rng.uniform(wide ? 1e-4 : 0.2, wide ? 1e2 : 2)); }
   static R constant(Rng& rng) {
     if constexpr (std::is_integral_v<R>) return R(rng.integer(-1000, 1000));
     else return k16s ? R(rng.uniform(-1000, 0)) : R(rng.uniform(-30, -5));
