@@ -97,28 +97,12 @@ struct Problem {
   const E* meanOf(Family f, int j) { return oneGaussian(f) ? vec.data() : rows.rowTable()[j]; }
   const E* varOf(Family f, int j) { return oneGaussian(f) ? vecVar.data() : rowVars.rowTable()[j]; }
 
+  // Max/Add take the rows as x, the others as means and weights.
   Args<E, R> args(const Member<E, R>& mb, R* dst) {
-    Args<E, R> a;
-    a.n = n;
-    a.count = count;
-    a.sf = sf;
-    a.dst = dst;
-    a.g = g.data();
-    a.g0 = g0;
-    a.step = rows.step();
-    if (oneGaussian(mb.family)) {
-      a.x = rows.base();
-      a.xRows = rows.constRowTable();
-      a.mean = vec.data();
-      a.var = vecVar.data();
-    } else {
-      a.x = vec.data();
-      a.mean = rows.base();
-      a.var = rowVars.base();
-      a.meanRows = rows.constRowTable();
-      a.varRows = rowVars.constRowTable();
-    }
-    return a;
+    const E** rowT = rows.constRowTable();
+    if (oneGaussian(mb.family))
+      return {rows.base(), rows.step(), rowT, vec.data(), vecVar.data(), nullptr, nullptr, n, dst, g.data(), g0, count, sf};
+    return {vec.data(), rows.step(), nullptr, rows.base(), rowVars.base(), rowT, rowVars.constRowTable(), n, dst, g.data(), g0, count, sf};
   }
 
   // The score g - 1/2 S 2^-sf of row j in output units, and a bound on the library's error.

@@ -44,16 +44,8 @@ struct Fixture {
       mu[c] = value();
       w[c] = weight();
     }
-    args.x = x.base();
-    args.step = step;
-    args.rows = x.constRowTable();
-    args.mu = mu.data();
-    args.w = mb.w == W::kId ? nullptr : w.data();
-    args.n = n;
-    args.dst = out.data();
-    args.m = x.rows();
-    args.g = D(ints ? rng.integer(-2000, 2000) : rng.uniform(-50, 50));
-    args.sf = 0;
+    const D g = D(ints ? rng.integer(-2000, 2000) : rng.uniform(-50, 50));
+    args = {x.base(), step, x.constRowTable(), mu.data(), mb.w == W::kId ? nullptr : w.data(), n, out.data(), x.rows(), g, 0};
   }
 };
 
