@@ -85,8 +85,14 @@ struct Problem {
     for (auto& v : g) v = constant(rng);
   }
   static constexpr bool k16s = sizeof(E) == 2;
-  E value(Rng& rng) const { return k16s ? E(rng.integer(wide ? -32768 : -60, wide ? 32767 : 60)) : E(rng.uniform(wide ? -1e3 : -2, wide ? 1e3 : 2)); }
-  E weight(Rng& rng) const { return k16s ? E(rng.integer(wide ? -32768 : 1, wide ? 32767 : 30)) : E(rng.uniform(wide ? 1e-4 : 0.2, wide ? 1e2 : 2)); }
+  E value(Rng& rng) const {
+    if (k16s) return E(wide ? rng.integer(-32768, 32767) : rng.integer(-60, 60));
+    return E(wide ? rng.uniform(-1e3, 1e3) : rng.uniform(-2, 2));
+  }
+  E weight(Rng& rng) const {
+    if (k16s) return E(wide ? rng.integer(-32768, 32767) : rng.integer(1, 30));
+    return E(wide ? rng.uniform(1e-4, 1e2) : rng.uniform(0.2, 2));
+  }
   static R constant(Rng& rng) {
     if constexpr (std::is_integral_v<R>) return R(rng.integer(-1000, 1000));
     else return k16s ? R(rng.uniform(-1000, 0)) : R(rng.uniform(-30, -5));
@@ -100,9 +106,11 @@ struct Problem {
   // Max/Add take the rows as x, the others as means and weights.
   Args<E, R> args(const Member<E, R>& mb, R* dst) {
     const E** rowT = rows.constRowTable();
+    const int st = rows.step();
     if (oneGaussian(mb.family))
-      return {rows.base(), rows.step(), rowT, vec.data(), vecVar.data(), nullptr, nullptr, n, dst, g.data(), g0, count, sf};
-    return {vec.data(), rows.step(), nullptr, rows.base(), rowVars.base(), rowT, rowVars.constRowTable(), n, dst, g.data(), g0, count, sf};
+      return {rows.base(), st, rowT, vec.data(), vecVar.data(), nullptr, nullptr, n, dst, g.data(), g0, count, sf};
+    return {vec.data(), st, nullptr, rows.base(), rowVars.base(), rowT, rowVars.constRowTable(), n, dst,
+            g.data(), g0, count, sf};
   }
 
   // The score g - 1/2 S 2^-sf of row j in output units, and a bound on the library's error.

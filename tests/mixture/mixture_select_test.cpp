@@ -80,17 +80,20 @@ TYPED_TEST(Select, LogSumsTheSelectedScoresOfEachFrame) {
         std::vector<Ref> s;
         for (int j = 0; j < G; ++j)
           if (d.selected(t, j))
-            s.push_back(Ref(d.g[std::size_t(j)]) - refHalfDist(d.x.rowTable()[t], d.mean.rowTable()[j], d.var.rowTable()[j], n, 0));
+            s.push_back(Ref(d.g[std::size_t(j)]) -
+                        refHalfDist(d.x.rowTable()[t], d.mean.rowTable()[j], d.var.rowTable()[j], n, 0));
         const Ref want = s.empty() ? Ref(-77) : refLogSum(s, SelectApi<T>::kLd);
         // Each log-add drops a correction below e^-15.3 (float) or 1e-10 (double).
         const double tol = sizeof(T) == 4 ? 2e-5 * (1 + std::fabs(double(want))) : 1.1e-10 * double(s.size() + 1);
         EXPECT_NEAR(double(want), double(base[std::size_t(t)]), tol) << "G " << G << " n " << n << " frame " << t;
       }
       T one = d.g[std::size_t(G - 1)];
-      ASSERT_EQ(kelOk, SelectApi<T>::multiMix(d.mean.rowTable()[G - 1], d.var.rowTable()[G - 1], d.step, d.x.rowTable()[1], n, &one, 1));
+      ASSERT_EQ(kelOk, SelectApi<T>::multiMix(d.mean.rowTable()[G - 1], d.var.rowTable()[G - 1], d.step,
+                                              d.x.rowTable()[1], n, &one, 1));
       EXPECT_EQ(0, std::memcmp(&one, &base[1], sizeof(T))) << "G " << G;
       // The spare bits past G in each frame's last byte.
-      for (int t = 0; t < 10; ++t) d.table[std::size_t(t * d.rowBytes + d.rowBytes - 1)] |= Kels8u(0xFF >> (G % 8 ? G % 8 : 8));
+      for (int t = 0; t < 10; ++t)
+        d.table[std::size_t(t * d.rowBytes + d.rowBytes - 1)] |= Kels8u(0xFF >> (G % 8 ? G % 8 : 8));
       std::vector<T> spare(10);
       ASSERT_EQ(kelOk, d.run(spare.data(), T(-77)));
       EXPECT_EQ(0, std::memcmp(spare.data(), base.data(), 10 * sizeof(T))) << "G " << G;

@@ -49,8 +49,10 @@ std::vector<R> entryValues(const Member<E, R>& mb, Problem<E, R>& p, Rng& rng) {
     Ref tol;
     const Ref r = p.score(mb, j, gj, &tol);
     // Integers keep off the score itself: scaled by 2^sf, a tie and a near-tie merge differently.
-    if constexpr (std::is_integral_v<R>) v[std::size_t(j)] = R(std::llround(r) + rng.integer(1, 3) * (rng.integer(0, 1) ? 1 : -1));
-    else v[std::size_t(j)] = R(r + rng.uniform(-3, 3));
+    if constexpr (std::is_integral_v<R>)
+      v[std::size_t(j)] = R(std::llround(r) + rng.integer(1, 3) * (rng.integer(0, 1) ? 1 : -1));
+    else
+      v[std::size_t(j)] = R(r + rng.uniform(-3, 3));
   }
   return v;
 }
@@ -133,15 +135,15 @@ TYPED_TEST(MixtureMembers, MatchReferenceAndSameBitsEverywhere) {
               ASSERT_NEAR(double(want[j]), double(base[j]), double(tol[j]))
                   << mb.name << " n " << n << " count " << count << " sf " << sf << " row " << j;
           }
-          const std::string where = " n " + std::to_string(n) + " count " + std::to_string(count) + " off " + std::to_string(mis);
-          forEachTarget([&](Target t) {
-            EXPECT_EQ(0, std::memcmp(base.data(), runOn(mb).data(), base.size() * sizeof(R))) << mb.name << " " << targetName(t) << where;
-          });
+          auto sameAsBase = [&](const Member<E, R>& m, Target t) {
+            const std::vector<R> got = runOn(m);
+            EXPECT_EQ(0, std::memcmp(base.data(), got.data(), base.size() * sizeof(R)))
+                << m.name << " " << targetName(t) << " n " << n << " count " << count << " off " << mis;
+          };
+          forEachTarget([&](Target t) { sameAsBase(mb, t); });
           p.rows.scatter({mis % 4 * sizeof(E), 0, sizeof(E)});
           p.rowVars.scatter({0, (3 - mis % 4) * sizeof(E)});
-          forEachTarget([&](Target t) {
-            EXPECT_EQ(0, std::memcmp(base.data(), runOn(*l).data(), base.size() * sizeof(R))) << l->name << " " << targetName(t) << where;
-          });
+          forEachTarget([&](Target t) { sameAsBase(*l, t); });
         }
       }
   }

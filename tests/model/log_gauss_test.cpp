@@ -36,8 +36,14 @@ struct Fixture {
       : x(mb.lay == Lay::kSingle ? 1 : m, n, step, mis * sizeof(S)), mu(n, (mis + 1) % 4 * sizeof(S)),
         w(n, (mis + 2) % 4 * sizeof(S)), out(mb.lay == Lay::kSingle ? 1 : m, mis * sizeof(D)) {
     const bool ints = std::is_integral_v<S>;
-    auto value = [&] { return S(ints ? rng.integer(wide ? -32768 : -100, wide ? 32767 : 100) : rng.uniform(wide ? -1e3 : -10, wide ? 1e3 : 10)); };
-    auto weight = [&] { return S(ints ? rng.integer(wide ? -32768 : 1, wide ? 32767 : 50) : rng.uniform(wide ? 1e-4 : 0.05, wide ? 1e2 : 4)); };
+    auto value = [&] {
+      if (ints) return S(wide ? rng.integer(-32768, 32767) : rng.integer(-100, 100));
+      return S(wide ? rng.uniform(-1e3, 1e3) : rng.uniform(-10, 10));
+    };
+    auto weight = [&] {
+      if (ints) return S(wide ? rng.integer(-32768, 32767) : rng.integer(1, 50));
+      return S(wide ? rng.uniform(1e-4, 1e2) : rng.uniform(0.05, 4));
+    };
     for (int r = 0; r < x.rows(); ++r)
       for (int c = 0; c < n; ++c) x.at(r, c) = value();
     for (int c = 0; c < n; ++c) {
@@ -45,7 +51,8 @@ struct Fixture {
       w[c] = weight();
     }
     const D g = D(ints ? rng.integer(-2000, 2000) : rng.uniform(-50, 50));
-    args = {x.base(), step, x.constRowTable(), mu.data(), mb.w == W::kId ? nullptr : w.data(), n, out.data(), x.rows(), g, 0};
+    const S* weights = mb.w == W::kId ? nullptr : w.data();
+    args = {x.base(), step, x.constRowTable(), mu.data(), weights, n, out.data(), x.rows(), g, 0};
   }
 };
 
