@@ -17,21 +17,15 @@ namespace {
 constexpr int kDim = 3, kComp = 3, kFrames = 6000;
 constexpr int kCols = kDim + 1;  // features and a column of ones, whose weighted sum is the occupation
 
-struct Truth {
-  float mean[kComp][kDim] = {{-4, 0, 1}, {3, 3, -2}, {3, -3, 0.5f}};
-  float var[kComp][kDim] = {{1, 0.5f, 2}, {0.5f, 2, 1}, {1.5f, 1, 0.25f}};
-  float weight[kComp] = {0.3f, 0.25f, 0.45f};
-};
-
+// The generating mixture; the model being trained has the same layout.
 struct Model {
-  std::vector<float> mean = std::vector<float>(kComp * kDim);
-  std::vector<float> var = std::vector<float>(kComp * kDim);
-  std::vector<float> weight = std::vector<float>(kComp);
+  std::vector<float> mean, var, weight;
 };
+const Model kTruth{{-4, 0, 1, 3, 3, -2, 3, -3, 0.5f}, {1, 0.5f, 2, 0.5f, 2, 1, 1.5f, 1, 0.25f}, {0.3f, 0.25f, 0.45f}};
 
 // Frame log-likelihoods and per-component posteriors (component-major) under the model.
 double expectation(const Model& m, const std::vector<float>& x, std::vector<float>& post) {
-  std::vector<float> inv(kComp * kDim), g(kComp);
+  std::vector<float> inv(kComp * kDim), g(kComp), comp(kComp);
   for (int k = 0; k < kComp * kDim; ++k) inv[k] = 1.0f / m.var[k];
   for (int j = 0; j < kComp; ++j) {
     float gconst = 0;
@@ -39,7 +33,6 @@ double expectation(const Model& m, const std::vector<float>& x, std::vector<floa
     g[j] = std::log(m.weight[j]) - 0.5f * gconst;  // the weight's log rides in the constant
   }
   double total = 0;
-  std::vector<float> comp(kComp);
   for (int t = 0; t < kFrames; ++t) {
     const float* xt = &x[std::size_t(t) * kCols];
     float frame = 0;
@@ -72,25 +65,19 @@ void maximisation(Model& m, const std::vector<float>& x, const std::vector<float
 }
 
 TEST(EndToEnd, EmTrainingRecoversTheGeneratingMixture) {
-  const Truth truth;
+  const Model& truth = kTruth;
   Rng rng(2024);
   std::vector<float> x(std::size_t(kFrames) * kCols);
   for (int t = 0; t < kFrames; ++t) {
     const double u = rng.uniform(0, 1);
     const int j = u < truth.weight[0] ? 0 : u < truth.weight[0] + truth.weight[1] ? 1 : 2;
     for (int k = 0; k < kDim; ++k)
-      x[std::size_t(t) * kCols + k] = float(rng.normal(truth.mean[j][k], std::sqrt(truth.var[j][k])));
+      x[std::size_t(t) * kCols + k] = float(rng.normal(truth.mean[j * kDim + k], std::sqrt(truth.var[j * kDim + k])));
     x[std::size_t(t) * kCols + kDim] = 1.0f;
   }
   // A poor start: means huddled near the origin, unit variances, equal weights.
-  Model m;
-  for (int j = 0; j < kComp; ++j) {
-    for (int k = 0; k < kDim; ++k) {
-      m.mean[j * kDim + k] = 0.15f * truth.mean[j][k] + float(rng.uniform(-0.3, 0.3));
-      m.var[j * kDim + k] = 1.0f;
-    }
-    m.weight[j] = 1.0f / kComp;
-  }
+  Model m{truth.mean, std::vector<float>(kComp * kDim, 1.0f), std::vector<float>(kComp, 1.0f / kComp)};
+  for (float& mu : m.mean) mu = 0.15f * mu + float(rng.uniform(-0.3, 0.3));
   std::vector<float> post(std::size_t(kComp) * kFrames);
   double last = -1e300;
   for (int it = 0; it < 40; ++it) {
@@ -105,10 +92,10 @@ TEST(EndToEnd, EmTrainingRecoversTheGeneratingMixture) {
   for (int j = 0; j < kComp; ++j) {
     const double n = kFrames * truth.weight[j];
     EXPECT_NEAR(m.weight[j], truth.weight[j], 4 * std::sqrt(truth.weight[j] * (1 - truth.weight[j]) / kFrames));
-    for (int k = 0; k < kDim; ++k) {
-      const double v = truth.var[j][k];
-      EXPECT_NEAR(m.mean[j * kDim + k], truth.mean[j][k], 4 * std::sqrt(v / n) + 1e-3) << j << "," << k;
-      EXPECT_NEAR(m.var[j * kDim + k], v, 4 * v * std::sqrt(2 / n) + 1e-3) << j << "," << k;
+    for (int k = j * kDim; k < (j + 1) * kDim; ++k) {
+      const double v = truth.var[k];
+      EXPECT_NEAR(m.mean[k], truth.mean[k], 4 * std::sqrt(v / n) + 1e-3) << k;
+      EXPECT_NEAR(m.var[k], v, 4 * v * std::sqrt(2 / n) + 1e-3) << k;
     }
   }
 }

@@ -36,8 +36,7 @@ TEST(NormalizeColumn, FloatLayoutsAgreeWithReference) {
   for (int r = 0; r < rows; ++r)
     for (int c = 0; c < width; ++c) {
       const float want = (before[r][c] - mean[c]) * scale[c];  // two float operations, exactly
-      EXPECT_EQ(d2.at(r, c), want);
-      EXPECT_EQ(d2l.at(r, c), want);
+      EXPECT_TRUE(d2.at(r, c) == want && d2l.at(r, c) == want) << r << "," << c;
     }
   EXPECT_EQ(d2.base()[width], padding);  // the step's padding is not touched
   ASSERT_EQ(kelsNormalizeCol_32f_D2(d2.base(), step, rows, mean.data(), scale.data(), width), kelOk);
@@ -62,10 +61,9 @@ TEST(NormalizeColumn, SixteenBitShiftsAndSaturates) {
   for (const Case& c : cases) {
     Kels16s x = c.x;
     ASSERT_EQ(kelsNormalizeColumn_16s_D2Sfs(&x, 1, 1, &c.mean, &c.scale, 1, c.sf), kelOk);
-    EXPECT_EQ(x, c.want) << c.x << " " << c.mean << " " << c.scale << " sf " << c.sf;
     Kels16s y = c.x, *rows[1] = {&y};
     ASSERT_EQ(kelsNormalizeColumn_16s_D2LSfs(rows, 1, &c.mean, &c.scale, 1, c.sf), kelOk);
-    EXPECT_EQ(y, c.want);
+    EXPECT_TRUE(x == c.want && y == c.want) << c.x << " " << c.mean << " " << c.scale << " sf " << c.sf;
   }
 }
 
@@ -95,71 +93,70 @@ TEST(NormalizeInRange, MinMaxMapsAndClips) {
   const auto src = rng.uniformVec<float>(50, -3, 7);
   const float mn = -2, mx = 6, lo = 0.1f, hi = 0.9f, scale = 10;
   Canary<float> dst(50);
-  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f(src.data(), dst.data(), 50, mn, mx, lo, hi, scale), kelOk);
-  for (int k = 0; k < 50; ++k) EXPECT_NEAR(Ref(dst[k]), refMap(src[k], mn, mx, lo, hi, scale), 2e-5) << src[k];
-  EXPECT_TRUE(dst.guardsIntact());
   std::vector<Kels16s> d16(50);
-  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f16s(src.data(), d16.data(), 50, mn, mx, lo, hi, 1000), kelOk);
-  for (int k = 0; k < 50; ++k) {
-    const Ref want = refMap(src[k], mn, mx, lo, hi, 1000);
-    if (!kels::test::nearTie(want)) {
-      EXPECT_NEAR(d16[k], double(kels::test::refRoundEven(want)), 1.0) << want;
-    }
-  }
   auto inPlace = src;
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f(src.data(), dst.data(), 50, mn, mx, lo, hi, scale), kelOk);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f16s(src.data(), d16.data(), 50, mn, mx, lo, hi, 1000), kelOk);
   ASSERT_EQ(kelsNormalizeInRangeMinMax_32f_I(inPlace.data(), 50, mn, mx, lo, hi, scale), kelOk);
+  for (int k = 0; k < 50; ++k) {
+    EXPECT_NEAR(Ref(dst[k]), refMap(src[k], mn, mx, lo, hi, scale), 2e-5) << src[k];
+    const Ref want = refMap(src[k], mn, mx, lo, hi, 1000);
+    // Rounded to nearest; a float computation may land on either side only close to a tie.
+    const bool nearTie = std::fabs(want - std::floor(want) - 0.5L) < 1e-3L;
+    EXPECT_NEAR(d16[k], double(kels::test::refRoundEven(want)), nearTie ? 1.0 : 0.0) << want;
+  }
+  EXPECT_TRUE(dst.guardsIntact());
   EXPECT_EQ(inPlace, dst.values());
-}
-
-TEST(NormalizeInRange, EightBitFullRangeHitsBothEnds) {
-  const float src[5] = {-1, 0, 0.5f, 1, 2};
-  Kels8u dst[5];
-  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f8u(src, dst, 5, 0, 1, 0, 1, 255), kelOk);
-  EXPECT_EQ(dst[0], 0);    // below the minimum: clipped
-  EXPECT_EQ(dst[1], 0);
-  EXPECT_EQ(dst[2], 128);  // 127.5 rounds to even
-  EXPECT_EQ(dst[3], 255);
-  EXPECT_EQ(dst[4], 255);  // above the maximum: clipped
+  // Eight bits over the full range: clipped below and above, 127.5 rounds to even.
+  const float s8[5] = {-1, 0, 0.5f, 1, 2};
   const Kels16s s16[3] = {-100, 0, 100};
-  Kels8u d8[3];
-  ASSERT_EQ(kelsNormalizeInRange_16s8u(s16, d8, 3, 0, 1, 255), kelOk);
-  EXPECT_EQ(d8[0], 0);
-  EXPECT_EQ(d8[1], 128);
-  EXPECT_EQ(d8[2], 255);
+  std::vector<Kels8u> d8(5), e8(3);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f8u(s8, d8.data(), 5, 0, 1, 0, 1, 255), kelOk);
+  ASSERT_EQ(kelsNormalizeInRange_16s8u(s16, e8.data(), 3, 0, 1, 255), kelOk);
+  EXPECT_EQ(d8, (std::vector<Kels8u>{0, 0, 128, 255, 255}));
+  EXPECT_EQ(e8, (std::vector<Kels8u>{0, 128, 255}));
 }
 
+// Without a given range each form finds the source's own minimum and maximum.
 TEST(NormalizeInRange, FindsTheRangeItself) {
   Rng rng(3);
   const auto src = rng.uniformVec<float>(33, -4, 9);
+  const auto s16 = rng.uniformVec<Kels16s>(33, -3000, 3000);
   const float mn = *std::min_element(src.begin(), src.end()), mx = *std::max_element(src.begin(), src.end());
-  std::vector<float> a(33), b(33);
+  const float mn16 = *std::min_element(s16.begin(), s16.end()), mx16 = *std::max_element(s16.begin(), s16.end());
+  std::vector<float> a(33), b(33), c = src;
+  std::vector<Kels16s> d(33), e(33), f(33), g(33), i16 = s16;
+  std::vector<Kels8u> h(33), k(33), l(33), m(33);
   ASSERT_EQ(kelsNormalizeInRange_32f(src.data(), a.data(), 33, 0.25f, 0.75f, 2), kelOk);
   ASSERT_EQ(kelsNormalizeInRangeMinMax_32f(src.data(), b.data(), 33, mn, mx, 0.25f, 0.75f, 2), kelOk);
-  EXPECT_EQ(a, b);
-  const auto s16 = rng.uniformVec<Kels16s>(33, -3000, 3000);
-  std::vector<Kels16s> d16(33);
-  ASSERT_EQ(kelsNormalizeInRange_16s(s16.data(), d16.data(), 33, 0, 1, 100), kelOk);
-  EXPECT_EQ(*std::min_element(d16.begin(), d16.end()), 0);
-  EXPECT_EQ(*std::max_element(d16.begin(), d16.end()), 100);
-  auto i16 = s16;
+  ASSERT_EQ(kelsNormalizeInRange_32f_I(c.data(), 33, 0.25f, 0.75f, 2), kelOk);
+  EXPECT_TRUE(a == b && c == b);
+  ASSERT_EQ(kelsNormalizeInRange_32f16s(src.data(), d.data(), 33, 0.1f, 0.9f, 500), kelOk);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f16s(src.data(), e.data(), 33, mn, mx, 0.1f, 0.9f, 500), kelOk);
+  ASSERT_EQ(kelsNormalizeInRange_16s(s16.data(), f.data(), 33, 0, 1, 100), kelOk);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_16s(s16.data(), g.data(), 33, mn16, mx16, 0, 1, 100), kelOk);
   ASSERT_EQ(kelsNormalizeInRange_16s_I(i16.data(), 33, 0, 1, 100), kelOk);
-  EXPECT_EQ(i16, d16);
+  EXPECT_TRUE(d == e && f == g && i16 == g);
+  EXPECT_TRUE(*std::min_element(f.begin(), f.end()) == 0 && *std::max_element(f.begin(), f.end()) == 100);
+  i16 = s16;
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_16s_I(i16.data(), 33, mn16, mx16, 0, 1, 100), kelOk);
+  EXPECT_EQ(i16, g);
+  ASSERT_EQ(kelsNormalizeInRange_32f8u(src.data(), h.data(), 33, 0.2f, 1, 200), kelOk);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_32f8u(src.data(), k.data(), 33, mn, mx, 0.2f, 1, 200), kelOk);
+  ASSERT_EQ(kelsNormalizeInRange_16s8u(s16.data(), l.data(), 33, 0.2f, 1, 200), kelOk);
+  ASSERT_EQ(kelsNormalizeInRangeMinMax_16s8u(s16.data(), m.data(), 33, mn16, mx16, 0.2f, 1, 200), kelOk);
+  EXPECT_TRUE(h == k && l == m);
 }
 
-TEST(NormalizeInRange, EmptyRangeWritesZerosWithWarning) {
+TEST(NormalizeInRange, EmptyRangeWarnsAndBadArgumentsWriteNothing) {
   const float flat[4] = {3, 3, 3, 3};
   float out[4] = {9, 9, 9, 9};
-  EXPECT_EQ(kelsNormalizeInRange_32f(flat, out, 4, 0, 1, 1), kelWarnDivByZero);
-  EXPECT_EQ(out[2], 0.0f);
   Kels8u o8[4] = {9, 9, 9, 9};
-  EXPECT_EQ(kelsNormalizeInRangeMinMax_32f8u(flat, o8, 4, 2, 2, 0, 1, 255), kelWarnDivByZero);
-  EXPECT_EQ(o8[3], 0);
   Kels16s i16[2] = {5, 5};
+  EXPECT_EQ(kelsNormalizeInRange_32f(flat, out, 4, 0, 1, 1), kelWarnDivByZero);
+  EXPECT_EQ(kelsNormalizeInRangeMinMax_32f8u(flat, o8, 4, 2, 2, 0, 1, 255), kelWarnDivByZero);
   EXPECT_EQ(kelsNormalizeInRange_16s_I(i16, 2, 0, 1, 1), kelWarnDivByZero);
-  EXPECT_EQ(i16[0], 0);
-}
-
-TEST(NormalizeInRange, RejectsBadFractionsAndRanges) {
+  EXPECT_TRUE(out[2] == 0.0f && o8[3] == 0 && i16[0] == 0);  // zeros written
   const float src[3] = {1, 2, 3};
   Canary<float> dst(3);
   EXPECT_EQ(kelsNormalizeInRange_32f(src, dst.data(), 3, -0.1f, 1, 1), kelErrBadArg);
@@ -211,6 +208,7 @@ TYPED_TEST(NthMax, ChecksAndAllocationFailure) {
   using T = TypeParam;
   const T src[3] = {1, 3, 2};
   T out = T(7);
+  // Out-of-range ranks, then size, then pointers; the buffer's allocation failure writes nothing.
   EXPECT_EQ(nthMax(src, 3, 3, &out), kelErrBadArg);
   EXPECT_EQ(nthMax(src, 3, -1, &out), kelErrBadArg);
   EXPECT_EQ(nthMax(src, 0, 0, &out), kelErrSize);
@@ -218,24 +216,19 @@ TYPED_TEST(NthMax, ChecksAndAllocationFailure) {
   kels::testing::failNthAllocation(1);
   EXPECT_EQ(nthMax(src, 3, 0, &out), kelErrMemAlloc);
   EXPECT_EQ(out, T(7));
-  EXPECT_EQ(nthMax(src, 3, 2, &out), kelOk);
-  EXPECT_EQ(out, T(1));
 }
 
 // --- unit curve ---
 
 TEST(UnitCurve, FloatKnotsAndRegions) {
   const float src[] = {-1.0f, 0.0f, 0.5f, 1.0f, 1.5f, 2.0f, 3.0f, std::nanf("")};
-  const float want[] = {0.0f, 0.0f, 0.25f, 1.0f, 1.75f, 2.0f, 2.0f, 0.0f};
-  float dst[8];
-  ASSERT_EQ(kelsUnitCurve_32f(src, dst, 8), kelOk);
-  for (int k = 0; k < 8; ++k) EXPECT_EQ(dst[k], want[k]) << src[k];
-  float inPlace[8];
-  std::copy(src, src + 8, inPlace);
-  ASSERT_EQ(kelsUnitCurve_32f_I(inPlace, 8), kelOk);
-  for (int k = 0; k < 8; ++k) EXPECT_EQ(inPlace[k], want[k]);
+  const std::vector<float> want = {0.0f, 0.0f, 0.25f, 1.0f, 1.75f, 2.0f, 2.0f, 0.0f};
+  std::vector<float> dst(8), inPlace(src, src + 8);
+  ASSERT_EQ(kelsUnitCurve_32f(src, dst.data(), 8), kelOk);
+  ASSERT_EQ(kelsUnitCurve_32f_I(inPlace.data(), 8), kelOk);
+  EXPECT_TRUE(dst == want && inPlace == want);
   EXPECT_EQ(kelsUnitCurve_32f(src, nullptr, 8), kelErrNullPtr);
-  EXPECT_EQ(kelsUnitCurve_32f_I(inPlace, 0), kelErrSize);
+  EXPECT_EQ(kelsUnitCurve_32f_I(inPlace.data(), 0), kelErrSize);
 }
 
 TEST(UnitCurve, SixteenBitScalesTruncatesAndSaturates) {

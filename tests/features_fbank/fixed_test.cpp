@@ -22,24 +22,22 @@ int documentedSize(int l, int nFilter) {
 }
 
 TEST(FixedBank, SizeFormulaAndChecks) {
-  for (int l : {32, 33, 400, 512, 8192})
+  int size = -1;
+  for (int l : {33, 400, 8192})
     for (int nf : {1, 16, 23}) {
-      if (nf > lengthOf(l) / 2) continue;
-      int size = -1;
       ASSERT_EQ(kelsMelFBankGetSize_32s(l, nf, 2, &size), kelOk);
       EXPECT_EQ(size, documentedSize(l, nf)) << l << " " << nf;
     }
-  int size = -1;
-  EXPECT_EQ(kelsMelFBankGetSize_32s(0, 0, 0, nullptr), kelErrNullPtr);
-  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 0, 2, &size), kelErrSize);
-  EXPECT_EQ(kelsMelFBankGetSize_32s(31, 10, 2, &size), kelErrSize);
-  EXPECT_EQ(kelsMelFBankGetSize_32s(8193, 10, 2, &size), kelErrSize);
-  EXPECT_EQ(kelsMelFBankGetSize_32s(31, 10, 1, &size), kelErrSize);  // size before mode
-  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 10, 1, &size), kelErrFBankFlag);
-  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 300, 1, &size), kelErrFBankFlag);  // mode before nFilter > N/2
-  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 257, 2, &size), kelErrSize);
   EXPECT_EQ(kelsMelFBankGetSize_32s(33, 32, 2, &size), kelOk);  // N = 64
   EXPECT_EQ(size, documentedSize(33, 32));
+  size = -1;
+  EXPECT_EQ(kelsMelFBankGetSize_32s(0, 0, 0, nullptr), kelErrNullPtr);
+  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 0, 2, &size), kelErrSize);
+  EXPECT_EQ(kelsMelFBankGetSize_32s(8193, 10, 2, &size), kelErrSize);
+  EXPECT_EQ(kelsMelFBankGetSize_32s(31, 10, 1, &size), kelErrSize);  // size before mode
+  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 300, 1, &size), kelErrFBankFlag);  // mode before nFilter > N/2
+  EXPECT_EQ(kelsMelFBankGetSize_32s(512, 257, 2, &size), kelErrSize);
+  EXPECT_EQ(size, -1);
 }
 
 struct InitArgs {
@@ -154,7 +152,7 @@ TEST(FixedBank, ScalingRoundingSaturation) {
   ASSERT_EQ(kelsMelFBankInitAlloc_32f(fb.out(), &order, 64, 8000, 100, 4000, 4, 2595, 700, 2), kelOk);
   const std::vector<int> c = centres(fb.p, 4);
   ASSERT_EQ(c.size(), 6u);
-  std::vector<Kels32s> x(33, 0);
+  std::vector<Kels32s> x;
   for (Kels32s v : {Kels32s(3), Kels32s(-5), Kels32s(1000001), INT32_MAX, INT32_MIN}) {
     x.assign(33, 0);
     x[std::size_t(c[2])] = v;  // the peak of filter 2 (weight 1) and an edge of filters 1 and 3
@@ -167,10 +165,10 @@ TEST(FixedBank, ScalingRoundingSaturation) {
       EXPECT_EQ(out[0], refScaleRound<Kels32s>(LD(v) * w1, sf)) << v << " " << sf;
     }
   }
-  std::vector<Kels32s> out(4);
+  std::vector<Kels32s> out(4, 7);
   EXPECT_EQ(kelsEvalFBank_32s_Sfs(nullptr, out.data(), obj, 0), kelErrNullPtr);
-  EXPECT_EQ(kelsEvalFBank_32s_Sfs(x.data(), nullptr, obj, 0), kelErrNullPtr);
   EXPECT_EQ(kelsEvalFBank_32s_Sfs(x.data(), out.data(), nullptr, 0), kelErrNullPtr);
+  EXPECT_EQ(out, std::vector<Kels32s>(4, 7));
 }
 
 }  // namespace

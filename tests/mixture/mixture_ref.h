@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "mixture_members_decl.h"
+#include "mixture_members.h"
 #include "support/layout.h"
 #include "support/reference.h"
 #include "support/rng.h"
@@ -47,6 +47,13 @@ inline Ref refLogSum(const std::vector<Ref>& v, LogDomain ld) {
   return std::max(hi + std::log(s), ld.zero);
 }
 
+// The single- or the double-precision member, by element type.
+template <class T, class F, class D>
+constexpr auto byType(F f32, D f64) {
+  if constexpr (sizeof(T) == 4) return f32;
+  else return f64;
+}
+
 inline bool intResult(Kind k) { return k == Kind::kInt || k == Kind::kLowI; }
 inline bool lowSplit(Kind k, int sf) { return (k == Kind::kLowF || k == Kind::kLowI) && sf >= 0 && sf <= 15; }
 
@@ -55,13 +62,15 @@ inline bool lowSplit(Kind k, int sf) { return (k == Kind::kLowF || k == Kind::kL
 template <class E, class R>
 struct Problem {
   int n, count, sf;
+  bool wide;
   Matrix2D<E> rows, rowVars;  // Max/Add: x rows; others: means and weights
   Buffer<E> vec, vecVar;      // Max/Add: mean and weights; others: x
   std::vector<R> g;
   R g0;
 
-  Problem(Rng& rng, int n_, int count_, int sf_, std::size_t misalign)
-      : n(n_), count(count_), sf(sf_), rows(count_, n_, n_ + 3, misalign * sizeof(E)),
+  // wide: full-range 16-bit data and floats over seven decades, for bit comparisons only.
+  Problem(Rng& rng, int n_, int count_, int sf_, std::size_t misalign, bool wide_ = false)
+      : n(n_), count(count_), sf(sf_), wide(wide_), rows(count_, n_, n_ + 3, misalign * sizeof(E)),
         rowVars(count_, n_, n_ + 3, misalign * sizeof(E)), vec(std::size_t(n_), misalign * sizeof(E)),
         vecVar(std::size_t(n_), misalign * sizeof(E)), g(std::size_t(count_)), g0(constant(rng)) {
     for (int r = 0; r < count; ++r)
@@ -76,8 +85,14 @@ struct Problem {
     for (auto& v : g) v = constant(rng);
   }
   static constexpr bool k16s = sizeof(E) == 2;
-  static E value(Rng& rng) { return k16s ? E(rng.integer(-60, 60)) : E(rng.uniform(-2, 2)); }
-  static E weight(Rng& rng) { return k16s ? E(rng.integer(1, 30)) : E(rng.uniform(0.2, 2)); }
+  E value(Rng& rng) const {
+    if (k16s) return E(wide ? rng.integer(-32768, 32767) : rng.integer(-60, 60));
+    return E(wide ? rng.uniform(-1e3, 1e3) : rng.uniform(-2, 2));
+  }
+  E weight(Rng& rng) const {
+    if (k16s) return E(wide ? rng.integer(-32768, 32767) : rng.integer(1, 30));
+    return E(wide ? rng.uniform(1e-4, 1e2) : rng.uniform(0.2, 2));
+  }
   static R constant(Rng& rng) {
     if constexpr (std::is_integral_v<R>) return R(rng.integer(-1000, 1000));
     else return k16s ? R(rng.uniform(-1000, 0)) : R(rng.uniform(-30, -5));
@@ -88,28 +103,14 @@ struct Problem {
   const E* meanOf(Family f, int j) { return oneGaussian(f) ? vec.data() : rows.rowTable()[j]; }
   const E* varOf(Family f, int j) { return oneGaussian(f) ? vecVar.data() : rowVars.rowTable()[j]; }
 
+  // Max/Add take the rows as x, the others as means and weights.
   Args<E, R> args(const Member<E, R>& mb, R* dst) {
-    Args<E, R> a;
-    a.n = n;
-    a.count = count;
-    a.sf = sf;
-    a.dst = dst;
-    a.g = g.data();
-    a.g0 = g0;
-    a.step = rows.step();
-    if (oneGaussian(mb.family)) {
-      a.x = rows.base();
-      a.xRows = rows.constRowTable();
-      a.mean = vec.data();
-      a.var = vecVar.data();
-    } else {
-      a.x = vec.data();
-      a.mean = rows.base();
-      a.var = rowVars.base();
-      a.meanRows = rows.constRowTable();
-      a.varRows = rowVars.constRowTable();
-    }
-    return a;
+    const E** rowT = rows.constRowTable();
+    const int st = rows.step();
+    if (oneGaussian(mb.family))
+      return {rows.base(), st, rowT, vec.data(), vecVar.data(), nullptr, nullptr, n, dst, g.data(), g0, count, sf};
+    return {vec.data(), st, nullptr, rows.base(), rowVars.base(), rowT, rowVars.constRowTable(), n, dst,
+            g.data(), g0, count, sf};
   }
 
   // The score g - 1/2 S 2^-sf of row j in output units, and a bound on the library's error.

@@ -2,6 +2,7 @@
 // targets; the check orders; the scratch memory of the Add families and of Mixture.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -17,34 +18,17 @@
 namespace kels::test::mixture {
 namespace {
 
-struct Set32f {
-  using E = Kels32f;
-  using R = Kels32f;
-  static const auto& members() { return members32f(); }
-  static std::vector<int> sfs() { return {0}; }
-};
-struct Set64f {
-  using E = Kels64f;
-  using R = Kels64f;
-  static const auto& members() { return members64f(); }
-  static std::vector<int> sfs() { return {0}; }
-};
-struct Set16s32f {
-  using E = Kels16s;
-  using R = Kels32f;
-  static const auto& members() { return members16s32f(); }
-  static std::vector<int> sfs() { return {0, 3, -1, 17}; }
-};
-struct Set16s32s {
-  using E = Kels16s;
-  using R = Kels32s;
-  static const auto& members() { return members16s32s(); }
-  static std::vector<int> sfs() { return {0, 3, -1, 9, 17}; }
+template <class E_, class R_>
+struct Set {
+  using E = E_;
+  using R = R_;
+  static const auto& members() { return mixture::members<E, R>(); }
+  static std::vector<int> sfs() { return sizeof(E) == 2 ? std::vector<int>{0, 3, -1, 9, 17} : std::vector<int>{0}; }
 };
 
 template <class S>
 class MixtureMembers : public ::testing::Test {};
-using Sets = ::testing::Types<Set32f, Set64f, Set16s32f, Set16s32s>;
+using Sets = ::testing::Types<Set<Kels32f, Kels32f>, Set<Kels64f, Kels64f>, Set<Kels16s, Kels32f>, Set<Kels16s, Kels32s>>;
 TYPED_TEST_SUITE(MixtureMembers, Sets);
 
 template <class E, class R>
@@ -65,8 +49,10 @@ std::vector<R> entryValues(const Member<E, R>& mb, Problem<E, R>& p, Rng& rng) {
     Ref tol;
     const Ref r = p.score(mb, j, gj, &tol);
     // Integers keep off the score itself: scaled by 2^sf, a tie and a near-tie merge differently.
-    if constexpr (std::is_integral_v<R>) v[std::size_t(j)] = R(std::llround(r) + rng.integer(1, 3) * (rng.integer(0, 1) ? 1 : -1));
-    else v[std::size_t(j)] = R(r + rng.uniform(-3, 3));
+    if constexpr (std::is_integral_v<R>)
+      v[std::size_t(j)] = R(std::llround(r) + rng.integer(1, 3) * (rng.integer(0, 1) ? 1 : -1));
+    else
+      v[std::size_t(j)] = R(r + rng.uniform(-3, 3));
   }
   return v;
 }
@@ -111,81 +97,53 @@ std::vector<Ref> expected(const Member<E, R>& mb, Problem<E, R>& p, const std::v
   return out;
 }
 
-TYPED_TEST(MixtureMembers, MatchLongDoubleReference) {
-  using E = typename TypeParam::E;
-  using R = typename TypeParam::R;
-  Rng rng(7);
-  for (const auto& mb : TypeParam::members())
-    for (int sf : TypeParam::sfs())
-      for (int n : {1, 8, 13, 39})
-        for (int count : {1, 5, 67})
-          for (std::size_t mis : {0, 1}) {
-            if (!mb.hasSf && sf != 0) continue;
-            Problem<E, R> p(rng, n, count, sf, mis);
-            if (mb.d2l && mis) p.rows.scatter({0, sizeof(E), 3 * sizeof(E)}), p.rowVars.scatter({2 * sizeof(E), 0});
-            const std::vector<R> entry = entryValues(mb, p, rng);
-            Canary<R> out(entry.size(), mis * sizeof(R));
-            out.assign(entry);
-            ASSERT_EQ(kelOk, mb.call(p.args(mb, out.data()))) << mb.name;
-            ASSERT_TRUE(out.guardsIntact()) << mb.name;
-            std::vector<Ref> tol;
-            const std::vector<Ref> want = expected(mb, p, entry, &tol);
-            for (std::size_t j = 0; j < want.size(); ++j)
-              ASSERT_NEAR(double(want[j]), double(out[j]), double(tol[j]))
-                  << mb.name << " n " << n << " count " << count << " sf " << sf << " row " << j;
-          }
-}
-
-// The _D2L sibling of a _D2 member, same form.
-template <class M>
-const M* sibling(const std::vector<M>& all, const M& d2) {
-  const std::string want = std::string(d2.name).replace(std::string(d2.name).rfind("_D2"), 3, "_D2L");
-  for (const auto& m : all)
-    if (want == m.name) return &m;
-  return nullptr;
-}
-
-template <class R>
-bool sameBits(const std::vector<R>& a, const std::vector<R>& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(R)) == 0;
-}
-
-// Bits, not closeness: every target, every offset, _D2 and _D2L (rows scattered and misaligned)
-// give what the scalar kernel gives on aligned _D2 data.
-TYPED_TEST(MixtureMembers, SameBitsOnEveryTargetLayoutAndAlignment) {
+// Each _D2 member on the scalar target, aligned, against the long-double reference; then bits,
+// not closeness: every target, every offset, _D2 and _D2L (rows scattered and misaligned) give
+// what the scalar kernel gave.
+TYPED_TEST(MixtureMembers, MatchReferenceAndSameBitsEverywhere) {
   using E = typename TypeParam::E;
   using R = typename TypeParam::R;
   const auto& all = TypeParam::members();
+  const auto sfs = TypeParam::sfs();
   for (const auto& mb : all) {
     if (mb.d2l) continue;
-    const auto* l = sibling(all, mb);
-    ASSERT_NE(nullptr, l) << mb.name;
-    for (int n : {1, 7, 8, 9, 15, 16, 17, 39, 64, 65})
-      for (int count : {1, 6, 9}) {
-        const int sf = TypeParam::sfs().back() == 17 && (mb.kind == Kind::kLowF || mb.kind == Kind::kLowI) ? 3 : 0;
+    const std::string lname = std::string(mb.name).replace(std::string(mb.name).rfind("_D2"), 3, "_D2L");
+    const auto l = std::find_if(all.begin(), all.end(), [&](const auto& m) { return lname == m.name; });
+    ASSERT_NE(all.end(), l) << mb.name;
+    for (int n : {1, 7, 8, 9, 13, 15, 16, 17, 39, 64, 65})
+      for (int count : {1, 6, 9, 67}) {
+        const int sf = mb.hasSf ? sfs[std::size_t(n + count) % sfs.size()] : 0;
         std::vector<R> base;
-        for (std::size_t mis = 0; mis < 4; ++mis) {
-          Rng same(std::uint32_t(n * 100 + count));
-          Problem<E, R> p(same, n, count, sf, mis);
+        for (std::size_t mis = 0; mis < 8; ++mis) {
+          const bool wide = mis >= 4;  // a second pass on wide data, bits only
+          Rng same(std::uint32_t(n * 100 + count + (wide ? 1 : 0)));
+          Problem<E, R> p(same, n, count, sf, mis % 4, wide);
           const std::vector<R> entry = entryValues(mb, p, same);
           auto runOn = [&](const Member<E, R>& m) {
-            Canary<R> out(entry.size(), mis * sizeof(R));
+            Canary<R> out(entry.size(), mis % 4 * sizeof(R));
             out.assign(entry);
             EXPECT_EQ(kelOk, m.call(p.args(m, out.data()))) << m.name;
+            EXPECT_TRUE(out.guardsIntact()) << m.name;
             return out.values();
           };
-          if (mis == 0) {
+          if (mis % 4 == 0) {
             PinnedTarget pin(Target::kScalar);
             base = runOn(mb);
+            std::vector<Ref> tol;
+            const std::vector<Ref> want = expected(mb, p, entry, &tol);
+            for (std::size_t j = 0; j < want.size() && !wide; ++j)
+              ASSERT_NEAR(double(want[j]), double(base[j]), double(tol[j]))
+                  << mb.name << " n " << n << " count " << count << " sf " << sf << " row " << j;
           }
-          forEachTarget([&](Target t) {
-            EXPECT_TRUE(sameBits(base, runOn(mb))) << mb.name << " " << targetName(t) << " n " << n << " off " << mis;
-          });
-          p.rows.scatter({mis * sizeof(E), 0, sizeof(E)});
-          p.rowVars.scatter({0, (3 - mis) * sizeof(E)});
-          forEachTarget([&](Target t) {
-            EXPECT_TRUE(sameBits(base, runOn(*l))) << l->name << " " << targetName(t) << " n " << n << " off " << mis;
-          });
+          auto sameAsBase = [&](const Member<E, R>& m, Target t) {
+            const std::vector<R> got = runOn(m);
+            EXPECT_EQ(0, std::memcmp(base.data(), got.data(), base.size() * sizeof(R)))
+                << m.name << " " << targetName(t) << " n " << n << " count " << count << " off " << mis;
+          };
+          forEachTarget([&](Target t) { sameAsBase(mb, t); });
+          p.rows.scatter({mis % 4 * sizeof(E), 0, sizeof(E)});
+          p.rowVars.scatter({0, (3 - mis % 4) * sizeof(E)});
+          forEachTarget([&](Target t) { sameAsBase(*l, t); });
         }
       }
   }

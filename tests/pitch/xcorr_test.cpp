@@ -88,38 +88,29 @@ TEST(CrossCorrChecks, RejectInOrderAndWriteNothing) {
 
 // ---- single coefficient -------------------------------------------------------------------------
 
-TEST(CrossCorrCoeff, IdentitiesHoldExactly) {
-  Rng rng(1);
-  for (int len : {1, 2, 15, 16, 17, 33, 1000}) {
-    Signal x = signal(rng, len), neg(x.size()), zero(x.size(), 0);
+TEST(CrossCorrCoeff, IdentitiesAndLongDoubleOverTheFullRange) {
+  Rng rng(2);
+  for (int len : {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 64, 255, 1000, 4000}) {
+    Signal x = signal(rng, len), y = signal(rng, len), neg(x.size()), zero(x.size(), 0);
     for (auto& v : x) v = Kels16s(std::max<int>(v, -32767));  // so that -x exists
     for (std::size_t i = 0; i < x.size(); ++i) neg[i] = Kels16s(-x[i]);
-    float r[5];
+    const Ref exx = dot(x, x), eyy = dot(y, y);
+    const Ref ref = exx * eyy > 0 ? dot(x, y) / std::sqrt(exx * eyy) : 0;
+    // x = y gives 1, y = -x gives -1, all-zero gives 0, exactly; the caller's energy stands in
+    // for <x,x>: four times the energy halves the result.
+    float r[8];
     ASSERT_EQ(kelsCrossCorrCoeff_16s32f(x.data(), x.data(), len, &r[0]), kelOk);
     ASSERT_EQ(kelsCrossCorrCoeff_16s32f(x.data(), neg.data(), len, &r[1]), kelOk);
     ASSERT_EQ(kelsCrossCorrCoeff_16s32f(zero.data(), x.data(), len, &r[2]), kelOk);
-    const float ex = float(dot(x, x));
-    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), x.data(), len, ex, &r[3]), kelOk);
-    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), zero.data(), len, ex, &r[4]), kelOk);
+    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), x.data(), len, float(exx), &r[3]), kelOk);
+    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), zero.data(), len, float(exx), &r[4]), kelOk);
     EXPECT_EQ(std::vector<float>(r, r + 5), (std::vector<float>{1, -1, 0, 1, 0})) << len;
-  }
-}
-
-TEST(CrossCorrCoeff, MatchesLongDoubleOverTheFullRange) {
-  Rng rng(2);
-  for (int len : {1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 64, 255, 4000}) {
-    const Signal x = signal(rng, len), y = signal(rng, len);
-    const Ref exx = dot(x, x), eyy = dot(y, y);
-    const Ref ref = exx * eyy > 0 ? dot(x, y) / std::sqrt(exx * eyy) : 0;
-    float r[3];
-    ASSERT_EQ(kelsCrossCorrCoeff_16s32f(x.data(), y.data(), len, &r[0]), kelOk);
-    // The caller's energy stands in for <x,x>: four times the energy halves the result.
-    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx), &r[1]), kelOk);
-    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx * 4), &r[2]),
-              kelOk);
-    EXPECT_NEAR(r[0], double(ref), double(4 * kU)) << len;
-    EXPECT_NEAR(r[1], double(ref), double(4 * kU)) << len;
-    EXPECT_NEAR(r[2], double(ref / 2), double(4 * kU)) << len;
+    ASSERT_EQ(kelsCrossCorrCoeff_16s32f(x.data(), y.data(), len, &r[5]), kelOk);
+    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx), &r[6]), kelOk);
+    ASSERT_EQ(kelsCrossCorrCoeffPartial_16s32f(x.data(), y.data(), len, float(exx * 4), &r[7]), kelOk);
+    EXPECT_NEAR(r[5], double(ref), double(4 * kU)) << len;
+    EXPECT_NEAR(r[6], double(ref), double(4 * kU)) << len;
+    EXPECT_NEAR(r[7], double(ref / 2), double(4 * kU)) << len;
   }
   const Signal x(5, 100);
   float r = 0;  // a negative energy is the caller's mistake, shown as NaN
@@ -134,16 +125,8 @@ TEST(CrossCorrCoeffDecim, MatchesDirectLatticeSums) {
   struct Shape {
     int n, m, d;
   };
-  for (Shape s : {Shape{1, 1, 1},
-                  {10, 10, 1},
-                  {10, 4, 7},
-                  {10, 4, 6},
-                  {40, 5, 1},
-                  {41, 6, 2},
-                  {160, 20, 3},
-                  {320, 40, 4},
-                  {320, 1, 1},
-                  {100, 37, 5}}) {
+  for (Shape s : {Shape{1, 1, 1}, {10, 10, 1}, {10, 4, 7}, {10, 4, 6}, {40, 5, 1}, {41, 6, 2},
+                  {160, 20, 3}, {320, 40, 4}, {320, 1, 1}, {100, 37, 5}}) {
     const Signal x = signal(rng, s.n), y = signal(rng, s.n);
     const int lags = (s.n - s.m) / s.d + 1;
     Canary<float> out(std::size_t(lags), 4);
