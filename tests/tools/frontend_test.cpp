@@ -71,30 +71,6 @@ INSTANTIATE_TEST_SUITE_P(
                       GoldenCase{"fbank_magnitude_energy", FeatureKind::kFbank, true, "fbank_mag_", false}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Frontend, FrameCountFollowsKaldi) {
-  Frontend fe(FeatureOptions::kaldi(FeatureKind::kMfcc), 16000);
-  EXPECT_EQ(fe.frameLength(), 400);
-  EXPECT_EQ(fe.frameShift(), 160);
-  EXPECT_EQ(fe.fftSize(), 512);
-  EXPECT_EQ(fe.numFrames(399), 0u);
-  EXPECT_EQ(fe.numFrames(400), 1u);
-  EXPECT_EQ(fe.numFrames(559), 1u);
-  EXPECT_EQ(fe.numFrames(560), 2u);
-}
-
-TEST(Frontend, RejectsImpossibleSettings) {
-  auto with = [](auto edit) {
-    FeatureOptions o = FeatureOptions::kaldi(FeatureKind::kMfcc);
-    edit(o);
-    return o;
-  };
-  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.numCeps = 24; }), 16000), Error);
-  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.highFreq = 9000; }), 16000), Error);
-  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.lowFreq = 8000; }), 16000), Error);
-  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.window = "triangle"; }), 16000), Error);
-  EXPECT_THROW(Frontend(with([](FeatureOptions& o) { o.frameLengthMs = 600; }), 16000), Error);
-}
-
 TEST(Frontend, DeltasAreTheRegressionOfTheStatics) {
   // A quadratic track: the regression gives the exact slope away from the edges, and the
   // second pass the exact curvature.

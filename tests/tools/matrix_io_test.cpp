@@ -145,17 +145,5 @@ TEST(MatrixIo, RefusesDamagedFiles) {
   for (const auto& [what, bytes] : bad) EXPECT_THROW(parseFeatures(bytes, "id"), Error) << what;
 }
 
-TEST(MatrixIo, FormatNames) {
-  Format f;
-  EXPECT_TRUE(formatFromExtension("a/b.ark", &f));
-  EXPECT_EQ(f, Format::kArk);
-  EXPECT_TRUE(formatFromExtension("x.mfc", &f));
-  EXPECT_EQ(f, Format::kHtk);
-  EXPECT_FALSE(formatFromExtension("dir.d/file", &f));
-  EXPECT_EQ(parseFormat("npy"), Format::kNpy);
-  EXPECT_THROW(parseFormat("csv"), Error);
-  EXPECT_EQ(baseName("/a/b/utt7.wav"), "utt7");
-}
-
 }  // namespace
 }  // namespace kels::tool
