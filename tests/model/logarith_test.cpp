@@ -331,5 +331,24 @@ TEST(LogTargets, IdenticalBitsOnEveryTargetAndAlignment) {
     }
 }
 
+// Terms down to the exponential's floor (-700) and past it, where the vector kernels form the
+// power of two differently from the scalar code.
+TEST(LogTargets, LogSumDeepTermsSameBits) {
+  Rng rng(38);
+  for (int n : {33, 64, 100, 1000}) {
+    auto x = rng.uniformVec<float>(n, -760, 0);
+    x[n / 2] = 0;
+    x[1] = -700;
+    x[2] = -699.99f;
+    float want = 0;
+    forEachTarget([&](Target t) {
+      float s = 0;
+      ASSERT_EQ(kelOk, kelsLogSum_32f(x.data(), &s, n, 0));
+      if (t == Target::kScalar) want = s;
+      else EXPECT_EQ(0, std::memcmp(&want, &s, 4)) << targetName(t) << " n " << n;
+    });
+  }
+}
+
 }  // namespace
 }  // namespace kels::test
