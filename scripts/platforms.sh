@@ -17,7 +17,7 @@ fi
 
 i386() {
   cmake -S . -B build-i386 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-i386.cmake \
-        -DKELSR_BENCH=OFF -DKELSR_TOOLS=OFF
+        -DKELSR_BENCH=OFF
   cmake --build build-i386
   ctest --test-dir build-i386 --output-on-failure -j2
 }
