@@ -11,31 +11,8 @@
 namespace kels {
 namespace {
 
-// One row, 16 columns per pass: the terms of two 8-column blocks in one register, added to the
-// 8 lanes low block first, so each lane still sums its columns in order.
-template <bool kW>
-float row32f(const float* x, const float* mu, const float* w, int n) {
-  __m256 acc = _mm256_setzero_ps();
-  int i = 0;
-  for (; i + 16 <= n; i += 16) {
-    const __m512 d = _mm512_sub_ps(_mm512_loadu_ps(x + i), _mm512_loadu_ps(mu + i));
-    __m512 t = _mm512_mul_ps(d, d);
-    if constexpr (kW) t = _mm512_mul_ps(t, _mm512_loadu_ps(w + i));
-    acc = _mm256_add_ps(acc, _mm512_castps512_ps256(t));
-    acc = _mm256_add_ps(acc, _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(t), 1)));
-  }
-  for (; i < n; i += 8) {
-    const int r = n - i;
-    const __mmask8 m = __mmask8(r >= 8 ? 0xFF : (1u << r) - 1);
-    const __m256 d = _mm256_sub_ps(_mm256_maskz_loadu_ps(m, x + i), _mm256_maskz_loadu_ps(m, mu + i));
-    __m256 t = _mm256_mul_ps(d, d);
-    if constexpr (kW) t = _mm256_mul_ps(t, _mm256_maskz_loadu_ps(m, w + i));
-    acc = _mm256_add_ps(acc, t);
-  }
-  return reduce8(acc);
-}
-float wsd32f(const float* x, const float* mu, const float* w, int n) { return row32f<true>(x, mu, w, n); }
-float sd32f(const float* x, const float* mu, int n) { return row32f<false>(x, mu, nullptr, n); }
+float wsd32f(const float* x, const float* mu, const float* w, int n) { return ymmSum32f<Wsd>(x, mu, w, n); }
+float sd32f(const float* x, const float* mu, int n) { return ymmSum32f<Sd>(x, mu, nullptr, n); }
 float dvd32f(const float* x, const float* mu, const float* v, int n) { return ymmSum32f<Dvd>(x, mu, v, n); }
 double wsd64f(const double* x, const double* mu, const double* w, int n) { return ymmSum64f<Wsd, Load64f>(x, mu, w, n); }
 double sd64f(const double* x, const double* mu, int n) { return ymmSum64f<Sd, Load64f>(x, mu, nullptr, n); }
