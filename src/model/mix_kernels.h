@@ -42,8 +42,25 @@ struct MixDistKernels {
   DistFn<Kels16s, float> wsd16s, sd16s;    // exact integer differences, float sums
 };
 
-// The kernels of one target; targets without their own give the next narrower one.
-const MixDistKernels& mixDistKernels(Target t);
+// The kernels of one target, constant initialised in the target files (the row-by-row portable
+// version in mix_dist.cpp).
+extern const MixDistKernels kMixDistScalar, kMixDistSse2, kMixDistAvx2, kMixDistAvx512;
+
+namespace {
+inline const MixDistKernels& mixDistKernels(Target t) {
+#if defined(KELSR_X86)
+  switch (t) {
+    case Target::kAvx512: return kMixDistAvx512;
+    case Target::kAvx2: return kMixDistAvx2;
+    case Target::kSse2: return kMixDistSse2;
+    case Target::kScalar: break;
+  }
+#else
+  (void)t;
+#endif
+  return kMixDistScalar;
+}
 inline const MixDistKernels& mixDistKernels() { return mixDistKernels(activeTarget()); }
+}  // namespace
 
 }  // namespace kels::model

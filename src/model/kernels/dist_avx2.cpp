@@ -40,10 +40,7 @@ void sd32f4(const float* const* x, const float* mu, int n, float* s) { ymmQuad32
 
 }  // namespace
 
-const DistKernels& distKernelsAvx2() {
-  static constexpr DistKernels k{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
+extern const DistKernels kDistAvx2{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
                                  sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s, wsd32f2, sd32f2, wsd32f4, sd32f4};
-  return k;
-}
 
 }  // namespace kels

@@ -110,11 +110,8 @@ void sd32f2(const float* xa, const float* xb, const float* mu, int n, float* sa,
 
 }  // namespace
 
-const DistKernels& distKernelsAvx512() {
-  static constexpr DistKernels k{wsd32f,    sd32f,     dvd32f, wsd64f, sd64f,     dvd64f,   wsd32f64f, sd32f64f,
+extern const DistKernels kDistAvx512{wsd32f,    sd32f,     dvd32f, wsd64f, sd64f,     dvd64f,   wsd32f64f, sd32f64f,
                                  dvd32f64f, wsd16s,    sd16s,  dvd16s, lowWsd16s, lowSd16s, wsd32f2,   sd32f2,
                                  wsd32f4,   sd32f4};
-  return k;
-}
 
 }  // namespace kels

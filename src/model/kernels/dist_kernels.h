@@ -57,13 +57,26 @@ struct DistKernels {
   void (*sd32f4)(const float* const* x, const float* mu, int n, float* s);
 };
 
-const DistKernels& distKernels(Target t);
-inline const DistKernels& distKernels() { return distKernels(activeTarget()); }
+// Per-target tables, defined in the target files (the scalar one in dist.cpp); constant
+// initialised, so the lookup is a load, not a call.
+extern const DistKernels kDistScalar, kDistSse2, kDistAvx2, kDistAvx512;
 
-// Per-target tables, defined in the target files (the scalar one in dist.cpp).
-const DistKernels& distKernelsScalar();
-const DistKernels& distKernelsSse2();
-const DistKernels& distKernelsAvx2();
-const DistKernels& distKernelsAvx512();
+namespace {
+inline const DistKernels& distKernels(Target t) {
+#if defined(KELSR_X86)
+  switch (t) {
+    case Target::kAvx512: return kDistAvx512;
+    case Target::kAvx2: return kDistAvx2;
+    case Target::kSse2: return kDistSse2;
+    case Target::kScalar: break;
+  }
+#else
+  (void)t;
+#endif
+  return kDistScalar;
+}
+inline const DistKernels& distKernels() { return distKernels(activeTarget()); }
+inline const DistKernels& distKernelsScalar() { return kDistScalar; }
+}  // namespace
 
 }  // namespace kels

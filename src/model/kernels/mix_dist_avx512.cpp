@@ -5,6 +5,6 @@
 
 namespace kels::model {
 
-const MixDistKernels& mixDistKernelsAvx512() { return kYmmKernels; }
+extern const MixDistKernels kMixDistAvx512 = kYmmKernels;
 
 }  // namespace kels::model
