@@ -33,6 +33,13 @@ RowSrc<T> rowSrc(RowsD2<const T> r) { return {r.base, r.step, nullptr}; }
 template <class T>
 RowSrc<T> rowSrc(RowsD2L<const T> r) { return {nullptr, 0, r.rows}; }
 
+// The rows from row j on.
+template <class T>
+RowSrc<T> advance(RowSrc<T> r, int j) {
+  if (r.rows) return {nullptr, 0, r.rows + j};
+  return {r.base == nullptr ? nullptr : r.base + std::ptrdiff_t(j) * r.step, r.step, nullptr};
+}
+
 template <class T, class D>
 using DistFn = void (*)(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, D* s);
 

@@ -6,7 +6,6 @@ namespace kels {
 extern const DistKernels kDistScalar{
     wsd32fScalar,    sd32fScalar,    dvd32fScalar,    wsd64fScalar,    sd64fScalar,
     dvd64fScalar,    wsd32f64fScalar, sd32f64fScalar, dvd32f64fScalar, wsd16sScalar,
-    sd16sScalar,     dvd16sScalar,   lowWsd16sScalar, lowSd16sScalar, pairOf<wsd32fScalar>, pairOf<sd32fScalar>,
-    quadOf<wsd32fScalar>, quadOf<sd32fScalar>};
+    sd16sScalar,     dvd16sScalar,   lowWsd16sScalar, lowSd16sScalar};
 
 }  // namespace kels
