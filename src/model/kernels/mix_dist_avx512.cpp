@@ -89,35 +89,38 @@ inline __m512 terms16(__m512 x, const float* m, const float* w, __mmask16 k) {
   else return (void)w, sq;
 }
 
+// Two Gaussians a and b over all blocks; a pass runs four such pairs one after another, which
+// keeps four row pointers live instead of sixteen (the pairs' chains still overlap).
 template <class Form>
-void gauss8(const Kels32f* x, RowSrc<Kels32f> m, RowSrc<Kels32f> w, int j, int n, float* s) {
-  const Kels32f *mr[2 * kPairs], *wr[2 * kPairs];
-  for (int r = 0; r < 2 * kPairs; ++r) {
-    mr[r] = m[j + r];
-    wr[r] = Form::kW ? w[j + r] : nullptr;
-  }
-  __m512 acc[kPairs];
-  for (auto& a : acc) a = _mm512_setzero_ps();
+inline __m512 gaussPair(const Kels32f* x, const Kels32f* ma, const Kels32f* mb, const Kels32f* wa,
+                        const Kels32f* wb, int n) {
+  __m512 acc = _mm512_setzero_ps();
   int i = 0;
   for (; i + 16 <= n; i += 16) {
     const __m512 xv = _mm512_loadu_ps(x + i);
-    for (int p = 0; p < kPairs; ++p) {
-      const __m512 ta = terms16<Form>(xv, mr[2 * p] + i, wAt<Form>(wr[2 * p], i));
-      const __m512 tb = terms16<Form>(xv, mr[2 * p + 1] + i, wAt<Form>(wr[2 * p + 1], i));
-      acc[p] = _mm512_add_ps(acc[p], _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
-      acc[p] = _mm512_add_ps(acc[p], _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
-    }
+    const __m512 ta = terms16<Form>(xv, ma + i, wAt<Form>(wa, i));
+    const __m512 tb = terms16<Form>(xv, mb + i, wAt<Form>(wb, i));
+    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
+    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
   }
   if (i < n) {
     const int rest = n - i;
     const __mmask16 k = __mmask16((1u << rest) - 1);
     const __m512 xv = _mm512_maskz_loadu_ps(k, x + i);
-    for (int p = 0; p < kPairs; ++p) {
-      const __m512 ta = terms16<Form>(xv, mr[2 * p] + i, wAt<Form>(wr[2 * p], i), k);
-      const __m512 tb = terms16<Form>(xv, mr[2 * p + 1] + i, wAt<Form>(wr[2 * p + 1], i), k);
-      acc[p] = _mm512_add_ps(acc[p], _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
-      if (rest > 8) acc[p] = _mm512_add_ps(acc[p], _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
-    }
+    const __m512 ta = terms16<Form>(xv, ma + i, wAt<Form>(wa, i), k);
+    const __m512 tb = terms16<Form>(xv, mb + i, wAt<Form>(wb, i), k);
+    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
+    if (rest > 8) acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
+  }
+  return acc;
+}
+
+template <class Form>
+void gauss8(const Kels32f* x, RowSrc<Kels32f> m, RowSrc<Kels32f> w, int j, int n, float* s) {
+  __m512 acc[kPairs];
+  for (int p = 0; p < kPairs; ++p) {
+    const int a = j + 2 * p;
+    acc[p] = gaussPair<Form>(x, m[a], m[a + 1], Form::kW ? w[a] : nullptr, Form::kW ? w[a + 1] : nullptr, n);
   }
   reduce8Rows(acc, s + j);
 }

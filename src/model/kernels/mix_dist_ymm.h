@@ -1,8 +1,8 @@
 // Multi-row distances on 256-bit registers, shared by the AVX2 and AVX-512 targets: four rows
-// per pass, each row's 8 float (or 4 double) partial sums in one register, the last partial
-// block read under a mask (mask registers on AVX-512, which keeps the tail off the arithmetic
-// ports), and four rows reduced together by the tree of dist.h, so each row gets the bits of the
-// single-row kernel.
+// per pass (eight when the mean and weights are shared), each row's 8 float (or 4 double)
+// partial sums in one register, the last partial block read under a mask (mask registers on
+// AVX-512, which keeps the tail off the arithmetic ports), and four rows reduced together by the
+// tree of dist.h, so each row gets the bits of the single-row kernel.
 #pragma once
 
 #include <cstring>
