@@ -17,9 +17,17 @@ Target detect() {
   return Target::kScalar;
 }
 
-std::atomic<int> gPinned{-1};
-
 }  // namespace
+
+namespace detail {
+std::atomic<int> gActive{-1};
+Target firstActive() {
+  const Target best = bestTarget();
+  int unset = -1;  // a target pinned meanwhile wins
+  gActive.compare_exchange_strong(unset, int(best), std::memory_order_relaxed);
+  return Target(gActive.load(std::memory_order_relaxed));
+}
+}  // namespace detail
 
 Target bestTarget() {
   static const Target best = detect();
@@ -27,11 +35,6 @@ Target bestTarget() {
 }
 
 bool targetAvailable(Target t) { return int(t) >= 0 && int(t) <= int(bestTarget()); }
-
-Target activeTarget() {
-  const int pinned = gPinned.load(std::memory_order_relaxed);
-  return pinned >= 0 ? Target(pinned) : bestTarget();
-}
 
 const char* targetName(Target t) {
   switch (t) {
@@ -46,10 +49,10 @@ const char* targetName(Target t) {
 namespace testing {
 bool pinTarget(Target t) {
   if (!targetAvailable(t)) return false;
-  gPinned.store(int(t), std::memory_order_relaxed);
+  detail::gActive.store(int(t), std::memory_order_relaxed);
   return true;
 }
-void unpinTarget() { gPinned.store(-1, std::memory_order_relaxed); }
+void unpinTarget() { detail::gActive.store(int(bestTarget()), std::memory_order_relaxed); }
 }  // namespace testing
 
 }  // namespace kels

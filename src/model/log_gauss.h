@@ -1,7 +1,7 @@
 // Single-Gaussian log-likelihoods: R = g - S/2 with S the variance-weighted squared distance of
 // a feature row from the mean (dist_kernels.h), scored per row of a _D2 or _D2L block or for one
 // vector. The score functors turn S into the stored result of each form; the family template
-// checks once and scores row by row, each result written before the next row is read.
+// checks once, then scores: float rows many at a time, the other forms row by row.
 #pragma once
 
 #include <algorithm>
@@ -14,6 +14,7 @@
 #include "core/rows.h"
 #include "core/scale.h"
 #include "model/kernels/dist_kernels.h"
+#include "model/mix_kernels.h"
 
 namespace kels {
 
@@ -61,32 +62,30 @@ Acc sumOf(const DistKernels& k, const T* x, const T* mu, const T* w, int n) {
 template <Var V, class T, class Acc>
 struct FloatScore {
   static constexpr Var kVar = V;
-  // Float rows with inverse or identity variances also score four or two rows per pass.
-  static constexpr bool kPairs = std::is_same_v<T, float> && std::is_same_v<Acc, float> && V != Var::kDirect;
+  // Float rows with inverse or identity variances are scored many rows per pass.
+  static constexpr bool kRows = std::is_same_v<T, float> && std::is_same_v<Acc, float> && V != Var::kDirect;
   const DistKernels& k;
   Acc g;
   Acc operator()(const T* x, const T* mu, const T* w, int n) const {
     return g - Acc(0.5) * sumOf<V, Acc>(k, x, mu, w, n);
   }
-  void quad(const T* const* x, const T* mu, const T* w, int n, Acc* r) const {
-    float s[4];
-    if constexpr (V == Var::kInv) k.wsd32f4(x, mu, w, n, s);
-    else k.sd32f4(x, mu, n, s);
-    for (int j = 0; j < 4; ++j) r[j] = g - 0.5f * s[j];
-  }
-  void pair(const T* xa, const T* xb, const T* mu, const T* w, int n, Acc* ra, Acc* rb) const {
-    float sa, sb;
-    if constexpr (V == Var::kInv) k.wsd32f2(xa, xb, mu, w, n, &sa, &sb);
-    else k.sd32f2(xa, xb, mu, n, &sa, &sb);
-    *ra = g - 0.5f * sa;
-    *rb = g - 0.5f * sb;
+  void rows(model::RowSrc<T> x, const T* mu, const T* w, int n, int count, Acc* r) const {
+    const model::MixDistKernels& mk = model::mixDistKernels();
+    const auto dist = V == Var::kInv ? mk.wsd32f : mk.sd32f;
+    constexpr int kBlock = 64;
+    float s[kBlock];
+    for (int j0 = 0; j0 < count; j0 += kBlock) {
+      const int c = std::min(kBlock, count - j0);
+      dist(model::advance(x, j0), model::fixedRow(mu), model::fixedRow(w), n, c, s);
+      for (int j = 0; j < c; ++j) r[j0 + j] = g - 0.5f * s[j];
+    }
   }
 };
 
 template <class Score, class = void>
-struct ScoresPairs : std::false_type {};
+struct ScoresRows : std::false_type {};
 template <class Score>
-struct ScoresPairs<Score, std::void_t<decltype(Score::kPairs)>> : std::bool_constant<Score::kPairs> {};
+struct ScoresRows<Score, std::void_t<decltype(Score::kRows)>> : std::bool_constant<Score::kRows> {};
 
 // 16-bit data, float result: g - S/2 * 2^-sf with exact table powers; the IdVar form folds the
 // half into the power, 2^-(sf+1).
@@ -185,15 +184,11 @@ template <class Rows, class T, class Dst, class Score>
 KelsStatus logGauss(Rows x, const T* mu, const T* w, int n, Dst* dst, int m, const Score& score) {
   if (KelsStatus st = checkLogGauss(x, mu, w, Score::kVar != Var::kId, n, dst, m); st != kelOk)
     return st;  // nothing has been written
-  int i = 0;
-  if constexpr (ScoresPairs<Score>::value) {
-    for (; i + 4 <= m; i += 4) {
-      const T* rows[4] = {x[i], x[i + 1], x[i + 2], x[i + 3]};
-      score.quad(rows, mu, w, n, dst + i);
-    }
-    for (; i + 2 <= m; i += 2) score.pair(x[i], x[i + 1], mu, w, n, dst + i, dst + i + 1);
+  if constexpr (ScoresRows<Score>::value && !std::is_same_v<Rows, RowOne<const T>>) {
+    score.rows(model::rowSrc(x), mu, w, n, m, dst);
+  } else {
+    for (int i = 0; i < m; ++i) dst[i] = score(x[i], mu, w, n);
   }
-  for (; i < m; ++i) dst[i] = score(x[i], mu, w, n);
   return kelOk;
 }
 

@@ -76,12 +76,6 @@ KelsStatus checkMixture(const E* x, const Rows& mean, const Rows& var, bool weig
             kelErrNullPtr);
 }
 
-template <class T>
-RowSrc<T> advance(RowSrc<T> r, int j) {
-  if (r.rows) return {nullptr, 0, r.rows + j};
-  return {r.base == nullptr ? nullptr : r.base + std::ptrdiff_t(j) * r.step, r.step, nullptr};
-}
-
 // Calls fn(j, S_j) for the `count` rows, in order, a block of distances at a time.
 template <class Form, class Fn>
 void forEachDistance(const Form& f, RowSrc<typename Form::Elem> x, RowSrc<typename Form::Elem> m,

@@ -33,6 +33,13 @@ RowSrc<T> rowSrc(RowsD2<const T> r) { return {r.base, r.step, nullptr}; }
 template <class T>
 RowSrc<T> rowSrc(RowsD2L<const T> r) { return {nullptr, 0, r.rows}; }
 
+// The rows from row j on.
+template <class T>
+RowSrc<T> advance(RowSrc<T> r, int j) {
+  if (r.rows) return {nullptr, 0, r.rows + j};
+  return {r.base == nullptr ? nullptr : r.base + std::ptrdiff_t(j) * r.step, r.step, nullptr};
+}
+
 template <class T, class D>
 using DistFn = void (*)(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, D* s);
 
@@ -42,8 +49,25 @@ struct MixDistKernels {
   DistFn<Kels16s, float> wsd16s, sd16s;    // exact integer differences, float sums
 };
 
-// The kernels of one target; targets without their own give the next narrower one.
-const MixDistKernels& mixDistKernels(Target t);
+// The kernels of one target, constant initialised in the target files (the row-by-row portable
+// version in mix_dist.cpp).
+extern const MixDistKernels kMixDistScalar, kMixDistSse2, kMixDistAvx2, kMixDistAvx512;
+
+namespace {
+inline const MixDistKernels& mixDistKernels(Target t) {
+#if defined(KELSR_X86)
+  switch (t) {
+    case Target::kAvx512: return kMixDistAvx512;
+    case Target::kAvx2: return kMixDistAvx2;
+    case Target::kSse2: return kMixDistSse2;
+    case Target::kScalar: break;
+  }
+#else
+  (void)t;
+#endif
+  return kMixDistScalar;
+}
 inline const MixDistKernels& mixDistKernels() { return mixDistKernels(activeTarget()); }
+}  // namespace
 
 }  // namespace kels::model

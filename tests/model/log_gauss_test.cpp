@@ -115,7 +115,7 @@ TYPED_TEST(LogGauss, MatchesReferenceWithIdenticalBitsEverywhere) {
     for (int n : {1, 7, 8, 9, 15, 16, 17, 39, 64, 65})
       for (std::size_t mis : {0, 1, 2, 3}) {
         const bool wide = mis % 2 == 1;
-        Fixture<S, D> f(rng, mb, n, 15, n + 1 + int(mis), mis, wide);  // 15 rows: quads, a pair, a single
+        Fixture<S, D> f(rng, mb, n, 15, n + 1 + int(mis), mis, wide);  // 15 rows: passes of 8 and 4 rows, then single rows
         f.args.sf = sfs[(std::size_t(n) + mis) % sfs.size()];
         f.x.scatter({0, 2 * sizeof(S), sizeof(S), 3 * sizeof(S)});  // the _D2 block keeps its rows
         std::vector<D> want;

@@ -128,26 +128,5 @@ inline std::int64_t lowSd16sScalar(const std::int16_t* x, const std::int16_t* mu
   return s;
 }
 
-// Two rows through the one-row kernels: the pair kernels of targets without a wider version.
-template <float (*kOne)(const float*, const float*, const float*, int)>
-void pairOf(const float* xa, const float* xb, const float* mu, const float* w, int n, float* sa, float* sb) {
-  *sa = kOne(xa, mu, w, n);
-  *sb = kOne(xb, mu, w, n);
-}
-template <float (*kOne)(const float*, const float*, int)>
-void pairOf(const float* xa, const float* xb, const float* mu, int n, float* sa, float* sb) {
-  *sa = kOne(xa, mu, n);
-  *sb = kOne(xb, mu, n);
-}
-
-template <float (*kOne)(const float*, const float*, const float*, int)>
-void quadOf(const float* const* x, const float* mu, const float* w, int n, float* s) {
-  for (int r = 0; r < 4; ++r) s[r] = kOne(x[r], mu, w, n);
-}
-template <float (*kOne)(const float*, const float*, int)>
-void quadOf(const float* const* x, const float* mu, int n, float* s) {
-  for (int r = 0; r < 4; ++r) s[r] = kOne(x[r], mu, n);
-}
-
 }  // namespace
 }  // namespace kels

@@ -29,21 +29,9 @@ std::int64_t lowSd16s(const std::int16_t* x, const std::int16_t* mu, int n, int 
   return ymmLow16s(x, mu, nullptr, n, sf);
 }
 
-void wsd32f2(const float* xa, const float* xb, const float* mu, const float* w, int n, float* sa, float* sb) {
-  ymmPair32f<Wsd>(xa, xb, mu, w, n, sa, sb);
-}
-void sd32f2(const float* xa, const float* xb, const float* mu, int n, float* sa, float* sb) {
-  ymmPair32f<Sd>(xa, xb, mu, nullptr, n, sa, sb);
-}
-void wsd32f4(const float* const* x, const float* mu, const float* w, int n, float* s) { ymmQuad32f<Wsd>(x, mu, w, s, n); }
-void sd32f4(const float* const* x, const float* mu, int n, float* s) { ymmQuad32f<Sd>(x, mu, nullptr, s, n); }
-
 }  // namespace
 
-const DistKernels& distKernelsAvx2() {
-  static constexpr DistKernels k{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
-                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s, wsd32f2, sd32f2, wsd32f4, sd32f4};
-  return k;
-}
+extern const DistKernels kDistAvx2{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
+                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s};
 
 }  // namespace kels

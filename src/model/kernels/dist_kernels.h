@@ -5,7 +5,6 @@
 //   dvd*   sum (x_i - mu_i)^2 / v_i      (v: variances)
 // Types: 32f sums in float, 64f in double, 32f64f reads floats and sums in double, 16s forms each
 // difference exactly in integers, converts it to float and sums in float.
-// The pair and quad kernels score two or four rows at once (wider registers hold both), with the same bits.
 // Every float sum keeps 8 partial sums (element i goes to lane i % 8), every double sum 4, each
 // lane summed in index order and the lanes reduced by one fixed tree; each term is
 // (d * d) * w (or (d * d) / v). So every target returns the same bits on any alignment.
@@ -47,23 +46,28 @@ struct DistKernels {
   std::int64_t (*lowWsd16s)(const std::int16_t* x, const std::int16_t* mu, const std::int16_t* w,
                             int n, int sf);
   std::int64_t (*lowSd16s)(const std::int16_t* x, const std::int16_t* mu, int n, int sf);
-
-  // Two rows against the same mean and weights: *sa, *sb get exactly wsd32f / sd32f of xa, xb.
-  void (*wsd32f2)(const float* xa, const float* xb, const float* mu, const float* w, int n, float* sa,
-                  float* sb);
-  void (*sd32f2)(const float* xa, const float* xb, const float* mu, int n, float* sa, float* sb);
-  // Four rows: s[r] gets exactly wsd32f / sd32f of x[r].
-  void (*wsd32f4)(const float* const* x, const float* mu, const float* w, int n, float* s);
-  void (*sd32f4)(const float* const* x, const float* mu, int n, float* s);
 };
 
-const DistKernels& distKernels(Target t);
-inline const DistKernels& distKernels() { return distKernels(activeTarget()); }
+// Per-target tables, defined in the target files (the scalar one in dist.cpp); constant
+// initialised, so the lookup is a load, not a call.
+extern const DistKernels kDistScalar, kDistSse2, kDistAvx2, kDistAvx512;
 
-// Per-target tables, defined in the target files (the scalar one in dist.cpp).
-const DistKernels& distKernelsScalar();
-const DistKernels& distKernelsSse2();
-const DistKernels& distKernelsAvx2();
-const DistKernels& distKernelsAvx512();
+namespace {
+inline const DistKernels& distKernels(Target t) {
+#if defined(KELSR_X86)
+  switch (t) {
+    case Target::kAvx512: return kDistAvx512;
+    case Target::kAvx2: return kDistAvx2;
+    case Target::kSse2: return kDistSse2;
+    case Target::kScalar: break;
+  }
+#else
+  (void)t;
+#endif
+  return kDistScalar;
+}
+inline const DistKernels& distKernels() { return distKernels(activeTarget()); }
+inline const DistKernels& distKernelsScalar() { return kDistScalar; }
+}  // namespace
 
 }  // namespace kels

@@ -140,11 +140,7 @@ std::int64_t lowSd16s(const std::int16_t* x, const std::int16_t* mu, int n, int 
 
 }  // namespace
 
-const DistKernels& distKernelsSse2() {
-  static constexpr DistKernels k{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
-                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s, pairOf<wsd32f>, pairOf<sd32f>,
-      quadOf<wsd32f>, quadOf<sd32f>};
-  return k;
-}
+extern const DistKernels kDistSse2{wsd32f,    sd32f,    dvd32f,    wsd64f, sd64f,  dvd64f,    wsd32f64f,
+                                 sd32f64f,  dvd32f64f, wsd16s,   sd16s,  dvd16s, lowWsd16s, lowSd16s};
 
 }  // namespace kels

@@ -75,33 +75,6 @@ struct Dvd {
   static __m256d term(__m256d x, __m256d m, __m256d v) { const __m256d d = _mm256_sub_pd(x, m); return _mm256_div_pd(_mm256_mul_pd(d, d), v); }
 };
 
-// Four rows against one mean: four chains sharing the mean and weight loads. The tree's first
-// step leaves each row's q0..q3 in one 128-bit register; a transpose puts q_k of all four rows
-// in register k, so (T0 + T2) + (T1 + T3) finishes the four rows at once.
-template <class Form>
-inline void ymmQuad32f(const float* const* x, const float* mu, const float* w, float* s, int n) {
-  __m256 acc[4] = {_mm256_setzero_ps(), _mm256_setzero_ps(), _mm256_setzero_ps(), _mm256_setzero_ps()};
-  int i = 0;
-  for (; i + 8 <= n; i += 8) {
-    const __m256 m = _mm256_loadu_ps(mu + i), wt = Form::kW ? _mm256_loadu_ps(w + i) : m;
-    for (int r = 0; r < 4; ++r) acc[r] = _mm256_add_ps(acc[r], Form::term(_mm256_loadu_ps(x[r] + i), m, wt));
-  }
-  if (i < n) {
-    const int rem = n - i;
-    const __m256 m = maskLoad8(mu + i, rem), wt = Form::kW ? maskLoad8(w + i, rem) : m;
-    for (int r = 0; r < 4; ++r) acc[r] = _mm256_add_ps(acc[r], Form::term(maskLoad8(x[r] + i, rem), m, wt));
-  }
-  __m128 q[4];
-  for (int r = 0; r < 4; ++r) q[r] = _mm_add_ps(_mm256_castps256_ps128(acc[r]), _mm256_extractf128_ps(acc[r], 1));
-  _MM_TRANSPOSE4_PS(q[0], q[1], q[2], q[3]);
-  _mm_storeu_ps(s, _mm_add_ps(_mm_add_ps(q[0], q[2]), _mm_add_ps(q[1], q[3])));
-}
-template <class Form>
-inline void ymmPair32f(const float* xa, const float* xb, const float* mu, const float* w, int n, float* sa, float* sb) {
-  *sa = ymmSum32f<Form>(xa, mu, w, n);
-  *sb = ymmSum32f<Form>(xb, mu, w, n);
-}
-
 // Double sums over double or float data: 4 lanes.
 struct Load64f {
   using T = double;

@@ -1,4 +1,4 @@
-// The portable multi-row distances, the scalar single-row kernel row by row, and the lookup.
+// The portable multi-row distances: the scalar single-row kernel row by row.
 #include "model/kernels/dist_kernels.h"
 #include "model/mix_kernels.h"
 
@@ -31,29 +31,9 @@ void rowsSd16s(RowSrc<Kels16s> x, RowSrc<Kels16s> m, RowSrc<Kels16s>, int n, int
   for (int j = 0; j < count; ++j) s[j] = k.sd16s(x[j], m[j], n);
 }
 
-constexpr MixDistKernels kRowByRow = {rowsWsd32f, rowsSd32f, rowsWsd64f,
-                                      rowsSd64f,  rowsWsd16s, rowsSd16s};
-
 }  // namespace
 
-#if defined(KELSR_X86)
-const MixDistKernels& mixDistKernelsSse2();
-const MixDistKernels& mixDistKernelsAvx2();
-const MixDistKernels& mixDistKernelsAvx512();
-#endif
-
-const MixDistKernels& mixDistKernels(Target t) {
-#if defined(KELSR_X86)
-  switch (t) {
-    case Target::kSse2: return mixDistKernelsSse2();
-    case Target::kAvx2: return mixDistKernelsAvx2();
-    case Target::kAvx512: return mixDistKernelsAvx512();
-    case Target::kScalar: break;
-  }
-#else
-  (void)t;
-#endif
-  return kRowByRow;
-}
+extern const MixDistKernels kMixDistScalar{rowsWsd32f, rowsSd32f, rowsWsd64f,
+                                          rowsSd64f,  rowsWsd16s, rowsSd16s};
 
 }  // namespace kels::model

@@ -3,6 +3,6 @@
 
 namespace kels::model {
 
-const MixDistKernels& mixDistKernelsAvx2() { return kYmmKernels; }
+extern const MixDistKernels kMixDistAvx2 = kYmmKernels;
 
 }  // namespace kels::model

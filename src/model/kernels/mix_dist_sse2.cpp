@@ -123,10 +123,7 @@ void dist64(RowSrc<Kels64f> x, RowSrc<Kels64f> m, RowSrc<Kels64f> w, int n, int 
 
 }  // namespace
 
-const MixDistKernels& mixDistKernelsSse2() {
-  static constexpr MixDistKernels k{dist32<Wsd, Kels32f>, dist32<Sd, Kels32f>, dist64<Wsd>,
-                                    dist64<Sd>,           dist32<Wsd, Kels16s>, dist32<Sd, Kels16s>};
-  return k;
-}
+extern const MixDistKernels kMixDistSse2{dist32<Wsd, Kels32f>, dist32<Sd, Kels32f>, dist64<Wsd>,
+                                        dist64<Sd>,           dist32<Wsd, Kels16s>, dist32<Sd, Kels16s>};
 
 }  // namespace kels::model

@@ -1,8 +1,8 @@
 // Multi-row distances on 256-bit registers, shared by the AVX2 and AVX-512 targets: four rows
-// per pass, each row's 8 float (or 4 double) partial sums in one register, the last partial
-// block read under a mask (mask registers on AVX-512, which keeps the tail off the arithmetic
-// ports), and four rows reduced together by the tree of dist.h, so each row gets the bits of the
-// single-row kernel.
+// per pass (eight when the mean and weights are shared), each row's 8 float (or 4 double)
+// partial sums in one register, the last partial block read under a mask (mask registers on
+// AVX-512, which keeps the tail off the arithmetic ports), and four rows reduced together by the
+// tree of dist.h, so each row gets the bits of the single-row kernel.
 #pragma once
 
 #include <cstring>
@@ -14,7 +14,10 @@ namespace kels::model {
 namespace {
 
 constexpr int kRows = 4;  // rows per pass
-constexpr int kRowsFixedX = 4;  // rows per pass when the vector is shared: x is loaded once
+
+// Which operands all rows share, loaded once per block: the vector (one frame against many
+// Gaussians), the mean and weights (many frames against one Gaussian), or none.
+enum class Shared { kNone, kX, kMW };
 
 // w + i for weighted forms; identity forms have no weights (and no pointer to offset).
 template <class Form, class T>
@@ -67,8 +70,10 @@ inline __m128 reduce8x4(const __m256* acc) {
   return _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab));
 }
 
-// kR rows in one pass; with kFixedX every row shares xr[0], loaded once per block.
-template <class Form, class T, int kR, bool kFixedX>
+// kR rows in one pass; shared operands are read from row 0 only. A shared mean and weights are
+// loaded once per block for all rows, while the term is still formed per row with the row's
+// x as the first operand, as the single-row kernel forms it.
+template <class Form, class T, int kR, Shared kS>
 inline void pass32(const T* const* xr, const T* const* mr, const T* const* wr, int n, float* s) {
   __m256 acc[kR];
   for (int r = 0; r < kR; ++r) acc[r] = _mm256_setzero_ps();
@@ -76,23 +81,25 @@ inline void pass32(const T* const* xr, const T* const* mr, const T* const* wr, i
   for (int i = 0; i < body; i += 8) {
     const auto xs = loadX(xr[0] + i);
     for (int r = 0; r < kR; ++r) {
-      const auto xv = kFixedX ? xs : loadX(xr[r] + i);
-      acc[r] = _mm256_add_ps(acc[r], terms8<Form>(xv, mr[r] + i, wAt<Form>(wr[r], i)));
+      const auto xv = kS == Shared::kX ? xs : loadX(xr[r] + i);
+      const int k = kS == Shared::kMW ? 0 : r;
+      acc[r] = _mm256_add_ps(acc[r], terms8<Form>(xv, mr[k] + i, wAt<Form>(wr[k], i)));
     }
   }
   if (body < n) {
     const int rest = n - body;
     const auto xs = loadXTail(xr[0] + body, rest);
     for (int r = 0; r < kR; ++r) {
-      const auto xv = kFixedX ? xs : loadXTail(xr[r] + body, rest);
-      acc[r] = _mm256_add_ps(acc[r], tail8<Form>(xv, mr[r] + body, wAt<Form>(wr[r], body), rest));
+      const auto xv = kS == Shared::kX ? xs : loadXTail(xr[r] + body, rest);
+      const int k = kS == Shared::kMW ? 0 : r;
+      acc[r] = _mm256_add_ps(acc[r], tail8<Form>(xv, mr[k] + body, wAt<Form>(wr[k], body), rest));
     }
   }
   if constexpr (kR == 1) s[0] = reduce8(acc[0]);
   for (int q = 0; q + 4 <= kR; q += 4) _mm_storeu_ps(s + q, reduce8x4(acc + q));
 }
 
-template <class Form, class T, int kR, bool kFixedX>
+template <class Form, class T, int kR, Shared kS>
 inline void rows32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int j, int n, float* s) {
   const T *xr[kR], *mr[kR], *wr[kR];
   for (int r = 0; r < kR; ++r) {
@@ -100,16 +107,18 @@ inline void rows32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int j, int n, float* s
     mr[r] = m[j + r];
     wr[r] = Form::kW ? w[j + r] : nullptr;
   }
-  pass32<Form, T, kR, kFixedX>(xr, mr, wr, n, s + j);
+  pass32<Form, T, kR, kS>(xr, mr, wr, n, s + j);
 }
 
 template <class Form, class T>
 void dist32(RowSrc<T> x, RowSrc<T> m, RowSrc<T> w, int n, int count, float* s) {
   int j = 0;
   if (x.fixed())
-    for (; j + kRowsFixedX <= count; j += kRowsFixedX) rows32<Form, T, kRowsFixedX, true>(x, m, w, j, n, s);
-  for (; j + kRows <= count; j += kRows) rows32<Form, T, kRows, false>(x, m, w, j, n, s);
-  for (; j < count; ++j) rows32<Form, T, 1, false>(x, m, w, j, n, s);
+    for (; j + kRows <= count; j += kRows) rows32<Form, T, kRows, Shared::kX>(x, m, w, j, n, s);
+  else if (m.fixed() && (!Form::kW || w.fixed()))
+    for (; j + 2 * kRows <= count; j += 2 * kRows) rows32<Form, T, 2 * kRows, Shared::kMW>(x, m, w, j, n, s);
+  for (; j + kRows <= count; j += kRows) rows32<Form, T, kRows, Shared::kNone>(x, m, w, j, n, s);
+  for (; j < count; ++j) rows32<Form, T, 1, Shared::kNone>(x, m, w, j, n, s);
 }
 
 template <class Form>
