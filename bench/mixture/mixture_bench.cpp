@@ -104,17 +104,6 @@ void BM_MultiMix_kels(benchmark::State& state) {
   }
   perGaussian(state, m.G);
 }
-// The same call with the kernels of a narrower target pinned (the 256-bit kernels), for
-// comparison on processors that have a wider one.
-void BM_MultiMix_kelsAvx2(benchmark::State& state) {
-  if (kels::bestTarget() <= kels::Target::kAvx2 || !kels::testing::pinTarget(kels::Target::kAvx2)) {
-    state.SkipWithError("no wider target than AVX2 here");
-    return;
-  }
-  BM_MultiMix_kels(state);
-  kels::testing::unpinTarget();
-}
-
 #if defined(KELSR_BENCH_STREAM)
 // Streams the means and weights (rows as laid out, padding included) through four independent
 // sums: the time a one-frame kernel cannot beat once the model leaves L1.
@@ -259,7 +248,6 @@ BENCHMARK(BM_Mixture_sgemv1)->Arg(256)->Arg(1024)->Arg(4096);
 #endif
 
 BENCHMARK(BM_MultiMix_kels)->Arg(256)->Arg(1024)->Arg(4096);
-BENCHMARK(BM_MultiMix_kelsAvx2)->Arg(256)->Arg(1024)->Arg(4096);
 #if defined(KELSR_BENCH_STREAM)
 BENCHMARK(BM_stream)->Arg(256)->Arg(1024)->Arg(4096);
 #endif
@@ -286,7 +274,6 @@ void summary(const bench::MinReporter& r) {
       r.ratio(f + " vs two sgemv", std::string("BM_") + fam + "_sgemv2" + g, ours, 2);
       r.ratio(f + " vs one sgemv over [M | W]", std::string("BM_") + fam + "_sgemv1" + g, ours, 1.5);
     }
-    r.ratio("MultiMix: 256-bit kernels / active target", "BM_MultiMix_kelsAvx2" + g, "BM_MultiMix_kels" + g, 0);
     r.ratio("MahDistMultiMix vs scalar loop", "BM_MahDistMultiMix_scalar" + g, "BM_MahDistMultiMix_kels" + g, 0);
   }
 }
