@@ -105,21 +105,20 @@ void BM_MultiMix_kels(benchmark::State& state) {
   perGaussian(state, m.G);
 }
 #if defined(KELSR_BENCH_STREAM)
-// Streams the means and weights (rows as laid out, padding included) through four independent
-// sums: the time a one-frame kernel cannot beat once the model leaves L1.
-__attribute__((target("avx2"), noinline)) float streamRowsAvx2(const float* a, const float* b, std::size_t n) {
-  __m256 s[4] = {_mm256_setzero_ps(), _mm256_setzero_ps(), _mm256_setzero_ps(), _mm256_setzero_ps()};
+// Streams the means and weights (rows as laid out, padding included) into four bitwise ORs, whose
+// one-cycle latency leaves the loads as the only limit: the time a one-frame kernel cannot beat
+// once the model leaves L1.
+__attribute__((target("avx2"), noinline)) int streamRowsAvx2(const float* a, const float* b, std::size_t n) {
+  __m256i s[4] = {_mm256_setzero_si256(), _mm256_setzero_si256(), _mm256_setzero_si256(), _mm256_setzero_si256()};
   std::size_t i = 0;
   for (; i + 16 <= n; i += 16) {
-    s[0] = _mm256_add_ps(s[0], _mm256_loadu_ps(a + i));
-    s[1] = _mm256_add_ps(s[1], _mm256_loadu_ps(a + i + 8));
-    s[2] = _mm256_add_ps(s[2], _mm256_loadu_ps(b + i));
-    s[3] = _mm256_add_ps(s[3], _mm256_loadu_ps(b + i + 8));
+    s[0] = _mm256_or_si256(s[0], _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + i)));
+    s[1] = _mm256_or_si256(s[1], _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + i + 8)));
+    s[2] = _mm256_or_si256(s[2], _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + i)));
+    s[3] = _mm256_or_si256(s[3], _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + i + 8)));
   }
-  float r[8];
-  _mm256_storeu_ps(r, _mm256_add_ps(_mm256_add_ps(s[0], s[1]), _mm256_add_ps(s[2], s[3])));
-  for (; i < n; ++i) r[0] += a[i] + b[i];
-  return r[0] + r[1] + r[2] + r[3] + r[4] + r[5] + r[6] + r[7];
+  const __m256i r = _mm256_or_si256(_mm256_or_si256(s[0], s[1]), _mm256_or_si256(s[2], s[3]));
+  return _mm256_movemask_epi8(r) + int(n - i);
 }
 void BM_stream(benchmark::State& state) {
   if (!__builtin_cpu_supports("avx2")) {
