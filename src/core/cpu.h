@@ -5,6 +5,14 @@
 
 #include <atomic>
 
+// Internal objects shared between translation units: hidden, so position-independent code
+// reaches them directly instead of through the global offset table.
+#if defined(__GNUC__) && !defined(_WIN32)
+#define KELS_HIDDEN __attribute__((visibility("hidden")))
+#else
+#define KELS_HIDDEN
+#endif
+
 namespace kels {
 
 enum class Target : int { kScalar = 0, kSse2 = 1, kAvx2 = 2, kAvx512 = 3 };
@@ -15,7 +23,7 @@ Target bestTarget();  // detected once (thread-safe)
 const char* targetName(Target t);
 
 namespace detail {
-extern std::atomic<int> gActive;  // the pinned or detected target; -1 until first use
+extern KELS_HIDDEN std::atomic<int> gActive;  // the pinned or detected target; -1 until first use
 Target firstActive();
 }  // namespace detail
 

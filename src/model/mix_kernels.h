@@ -51,21 +51,18 @@ struct MixDistKernels {
 
 // The kernels of one target, constant initialised in the target files (the row-by-row portable
 // version in mix_dist.cpp).
-extern const MixDistKernels kMixDistScalar, kMixDistSse2, kMixDistAvx2, kMixDistAvx512;
+extern KELS_HIDDEN const MixDistKernels kMixDistScalar, kMixDistSse2, kMixDistAvx2, kMixDistAvx512;
 
 namespace {
 inline const MixDistKernels& mixDistKernels(Target t) {
 #if defined(KELSR_X86)
-  switch (t) {
-    case Target::kAvx512: return kMixDistAvx512;
-    case Target::kAvx2: return kMixDistAvx2;
-    case Target::kSse2: return kMixDistSse2;
-    case Target::kScalar: break;
-  }
+  static const MixDistKernels* const kTables[kTargetCount] = {&kMixDistScalar, &kMixDistSse2, &kMixDistAvx2,
+                                                             &kMixDistAvx512};
+  return *kTables[int(t)];
 #else
   (void)t;
-#endif
   return kMixDistScalar;
+#endif
 }
 inline const MixDistKernels& mixDistKernels() { return mixDistKernels(activeTarget()); }
 }  // namespace

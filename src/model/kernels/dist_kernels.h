@@ -49,22 +49,18 @@ struct DistKernels {
 };
 
 // Per-target tables, defined in the target files (the scalar one in dist.cpp); constant
-// initialised, so the lookup is a load, not a call.
-extern const DistKernels kDistScalar, kDistSse2, kDistAvx2, kDistAvx512;
+// initialised, so the lookup is a load, not a call. Targets the build lacks use the scalar one.
+extern KELS_HIDDEN const DistKernels kDistScalar, kDistSse2, kDistAvx2, kDistAvx512;
 
 namespace {
 inline const DistKernels& distKernels(Target t) {
 #if defined(KELSR_X86)
-  switch (t) {
-    case Target::kAvx512: return kDistAvx512;
-    case Target::kAvx2: return kDistAvx2;
-    case Target::kSse2: return kDistSse2;
-    case Target::kScalar: break;
-  }
+  static const DistKernels* const kTables[kTargetCount] = {&kDistScalar, &kDistSse2, &kDistAvx2, &kDistAvx512};
+  return *kTables[int(t)];
 #else
   (void)t;
-#endif
   return kDistScalar;
+#endif
 }
 inline const DistKernels& distKernels() { return distKernels(activeTarget()); }
 inline const DistKernels& distKernelsScalar() { return kDistScalar; }

@@ -1,9 +1,9 @@
 // AVX-512 multi-row distances: the 256-bit kernels with tails read through mask registers, and
-// eight float rows per pass in 512-bit registers where one operand is shared: many frames
-// against one Gaussian pair two frames in a register (row a in the low 8 lanes, row b in the
-// high 8); one frame against many Gaussians forms 16 consecutive terms of a Gaussian at once and
-// regroups pairs of Gaussians by shuffles. Either way a block costs about 40% fewer
-// instructions than in 256-bit registers, and every row keeps the single-row lane order.
+// for many float rows against one mean (the frames of a block against one Gaussian) eight rows
+// per pass with two rows in each 512-bit register, row a in the low 8 lanes and row b in the high
+// 8: one instruction forms the terms of both. One frame against many Gaussians stays in 256-bit
+// registers: forming 16 terms of a Gaussian at once and regrouping pairs by shuffles, or
+// pairing Gaussians by inserts, both measured slower than the 256-bit kernel here.
 // GCC 12 reports its own _mm512_undefined_* placeholders in the intrinsic headers.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC diagnostic ignored "-Wuninitialized"
@@ -70,67 +70,10 @@ void rows8(RowSrc<Kels32f> x, const Kels32f* m, const Kels32f* w, int j, int n, 
   reduce8Rows(acc, s + j);
 }
 
-// Eight Gaussians against one vector, without inserts: 16 consecutive elements of a Gaussian
-// (blocks k and k+1) form their terms in one register, and two shuffles per pair of Gaussians
-// regroup them as [a's block k | b's block k] and [a's block k+1 | b's block k+1], added in that
-// order, which is the single-row lane order. Masked lanes read 0 and add +0.
-template <class Form>
-inline __m512 terms16(__m512 x, const float* m, const float* w) {
-  const __m512 d = _mm512_sub_ps(x, _mm512_loadu_ps(m));
-  const __m512 sq = _mm512_mul_ps(d, d);
-  if constexpr (Form::kW) return _mm512_mul_ps(sq, _mm512_loadu_ps(w));
-  else return (void)w, sq;
-}
-template <class Form>
-inline __m512 terms16(__m512 x, const float* m, const float* w, __mmask16 k) {
-  const __m512 d = _mm512_sub_ps(x, _mm512_maskz_loadu_ps(k, m));
-  const __m512 sq = _mm512_mul_ps(d, d);
-  if constexpr (Form::kW) return _mm512_mul_ps(sq, _mm512_maskz_loadu_ps(k, w));
-  else return (void)w, sq;
-}
-
-// Two Gaussians a and b over all blocks; a pass runs four such pairs one after another, which
-// keeps four row pointers live instead of sixteen (the pairs' chains still overlap).
-template <class Form>
-inline __m512 gaussPair(const Kels32f* x, const Kels32f* ma, const Kels32f* mb, const Kels32f* wa,
-                        const Kels32f* wb, int n) {
-  __m512 acc = _mm512_setzero_ps();
-  int i = 0;
-  for (; i + 16 <= n; i += 16) {
-    const __m512 xv = _mm512_loadu_ps(x + i);
-    const __m512 ta = terms16<Form>(xv, ma + i, wAt<Form>(wa, i));
-    const __m512 tb = terms16<Form>(xv, mb + i, wAt<Form>(wb, i));
-    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
-    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
-  }
-  if (i < n) {
-    const int rest = n - i;
-    const __mmask16 k = __mmask16((1u << rest) - 1);
-    const __m512 xv = _mm512_maskz_loadu_ps(k, x + i);
-    const __m512 ta = terms16<Form>(xv, ma + i, wAt<Form>(wa, i), k);
-    const __m512 tb = terms16<Form>(xv, mb + i, wAt<Form>(wb, i), k);
-    acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(1, 0, 1, 0)));
-    if (rest > 8) acc = _mm512_add_ps(acc, _mm512_shuffle_f32x4(ta, tb, _MM_SHUFFLE(3, 2, 3, 2)));
-  }
-  return acc;
-}
-
-template <class Form>
-void gauss8(const Kels32f* x, RowSrc<Kels32f> m, RowSrc<Kels32f> w, int j, int n, float* s) {
-  __m512 acc[kPairs];
-  for (int p = 0; p < kPairs; ++p) {
-    const int a = j + 2 * p;
-    acc[p] = gaussPair<Form>(x, m[a], m[a + 1], Form::kW ? w[a] : nullptr, Form::kW ? w[a + 1] : nullptr, n);
-  }
-  reduce8Rows(acc, s + j);
-}
-
 template <class Form>
 void dist32f(RowSrc<Kels32f> x, RowSrc<Kels32f> m, RowSrc<Kels32f> w, int n, int count, float* s) {
   int j = 0;
-  if (x.fixed())
-    for (; j + 2 * kPairs <= count; j += 2 * kPairs) gauss8<Form>(x[0], m, w, j, n, s);
-  else if (m.fixed() && (!Form::kW || w.fixed()))
+  if (!x.fixed() && m.fixed() && (!Form::kW || w.fixed()))
     for (; j + 2 * kPairs <= count; j += 2 * kPairs) rows8<Form>(x, m[0], Form::kW ? w[0] : nullptr, j, n, s);
   if (j < count) dist32<Form, Kels32f>(advance(x, j), advance(m, j), advance(w, j), n, count - j, s + j);
 }
