@@ -27,6 +27,14 @@ struct Table {
 constexpr Table<double> kTable64;
 constexpr Table<float> kTable32;
 
+// An empty asm that the register must pass through here. After each Horner step it keeps the
+// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
+// back to back, and the out-of-order window cannot cover several such chains.
+template <class V>
+inline void stepDone(V& v) {
+  asm volatile("" : "+v"(v));
+}
+
 inline __m512d pick(__m512i k, const double* row) { return _mm512_permutexvar_pd(k, _mm512_load_pd(row)); }
 inline __m512 pick(__m512i k, const float* row) { return _mm512_permutexvar_ps(k, _mm512_load_ps(row)); }
 
@@ -54,31 +62,36 @@ struct Lanes16 {
 };
 
 // kU groups of 16 lanes per pass with their Horner steps interleaved: each chain is serial, so
-// the processor needs several in flight. The last groups run one at a time, masked.
+// the processor needs several in flight. What is left goes to half as many groups, down to one
+// group at a time with masks.
 template <int kU, class Corr>
 void addRowGroups(const float* a, float* b, int n) {
   int i = 0;
-  for (; i + 16 * kU <= n; i += 16 * kU) {
-    Lanes16 l[kU];
-    __m512 r[kU];
-    for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
-    Corr::template run<kU>(l, r);
-    for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
-  }
-  for (; i < n; i += 16) {
-    const __mmask16 m = tailMask(n - i);
-    Lanes16 l[1];
-    __m512 r[1];
-    l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
-    Corr::template run<1>(l, r);
-    _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
+  if constexpr (kU > 1) {
+    for (; i + 16 * kU <= n; i += 16 * kU) {
+      Lanes16 l[kU];
+      __m512 r[kU];
+      for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
+      Corr::template run<kU>(l, r);
+      for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
+    }
+    if (i < n) addRowGroups<kU / 2, Corr>(a + i, b + i, n - i);
+  } else {
+    for (; i < n; i += 16) {
+      const __mmask16 m = tailMask(n - i);
+      Lanes16 l[1];
+      __m512 r[1];
+      l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
+      Corr::template run<1>(l, r);
+      _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
+    }
   }
 }
 
 inline __m256 lower(__m512 v) { return _mm512_castps512_ps256(v); }
 inline __m256 upper(__m512 v) { return _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v), 1)); }
 
-// hi + correction in double, 8 lanes per register, 2 kU registers interleaved.
+// hi + correction in double, 8 lanes per register, 2 kU chains.
 struct Corr64 {
   template <int kU>
   static void run(const Lanes16* l, __m512* r) {
@@ -97,8 +110,10 @@ struct Corr64 {
       t[v] = _mm512_sub_pd(_mm512_cvtps_pd(d), pick(k[v], tb[0]));
       p[v] = pick(k[v], tb[logadd::kDegree + 1]);
     }
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
       for (int v = 0; v < kN; ++v) p[v] = _mm512_add_pd(_mm512_mul_pd(p[v], t[v]), pick(k[v], tb[j + 1]));
+      for (int v = 0; v < kN; ++v) stepDone(p[v]);
+    }
     for (int u = 0; u < kU; ++u) {
       const __m256 lo = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(lower(l[u].hi)), p[2 * u]));
       const __m256 up = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(upper(l[u].hi)), p[2 * u + 1]));
@@ -117,14 +132,16 @@ struct Corr32 {
       t[u] = _mm512_sub_ps(l[u].d, pick(l[u].idx, tb[0]));
       p[u] = pick(l[u].idx, tb[logadd::kDegree + 1]);
     }
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
       for (int u = 0; u < kU; ++u) p[u] = _mm512_add_ps(_mm512_mul_ps(p[u], t[u]), pick(l[u].idx, tb[j + 1]));
+      for (int u = 0; u < kU; ++u) stepDone(p[u]);
+    }
     for (int u = 0; u < kU; ++u) r[u] = _mm512_add_ps(l[u].hi, p[u]);
   }
 };
 
-void addRow(const float* a, float* b, int n) { addRowGroups<2, Corr64>(a, b, n); }
-void addRowFast(const float* a, float* b, int n) { addRowGroups<4, Corr32>(a, b, n); }
+void addRow(const float* a, float* b, int n) { addRowGroups<4, Corr64>(a, b, n); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<8, Corr32>(a, b, n); }
 
 // e^d for 8 lanes, the arithmetic of expNeg.
 inline __m512d expNeg8(__m512d d) {
