@@ -8,7 +8,6 @@ namespace kels {
 namespace {
 
 inline __m128 select(__m128 m, __m128 yes, __m128 no) { return _mm_or_ps(_mm_and_ps(m, yes), _mm_andnot_ps(m, no)); }
-inline __m128d select(__m128d m, __m128d yes, __m128d no) { return _mm_or_pd(_mm_and_pd(m, yes), _mm_andnot_pd(m, no)); }
 
 // Interval k's value of a three-interval constant, bit for bit: c0 ^ (ge1 & (c0 ^ c1)) ^
 // (ge2 & (c1 ^ c2)), where ge2 lanes are also ge1 lanes. Four operations instead of two selects.
