@@ -331,6 +331,46 @@ TEST(LogTargets, IdenticalBitsOnEveryTargetAndAlignment) {
     }
 }
 
+// The interval splits, the drop threshold and d = 0 to a few ulps either side, and the pairs
+// whose ordering is delicate (signed zeros, NaN on either side, infinities), on every target
+// and at every position of the vector kernels' groups and tails.
+TEST(LogTargets, SplitsAndSpecialPairsSameBits) {
+  std::vector<float> av, bv;
+  for (float s : {-6.8f, -2.55f, -15.319588f, 0.0f})
+    for (int k = -4; k <= 4; ++k) {
+      float d = s;
+      for (int j = 0; j < std::abs(k); ++j) d = std::nextafter(d, k < 0 ? -INFINITY : INFINITY);
+      for (float hi : {0.0f, 3.25f, -7.5f, -4.6e6f}) {
+        av.push_back(hi);
+        bv.push_back(hi + d);
+        av.push_back(d - hi);  // the other order, hi elsewhere
+        bv.push_back(-hi);
+      }
+    }
+  const float inf = INFINITY, nan = NAN;
+  const float special[][2] = {{0.0f, -0.0f}, {-0.0f, 0.0f}, {nan, 1.0f}, {1.0f, nan}, {nan, nan},
+                              {inf, inf},    {-inf, -inf},  {inf, -inf}, {-inf, inf}, {-inf, 5.0f},
+                              {5.0f, inf},   {-5e6f, -5e6f}, {-5e6f, -5000020.0f}};
+  for (const auto& p : special) {  // at the front (whole groups) and at the end (tails)
+    av.insert(av.begin(), p[0]);
+    bv.insert(bv.begin(), p[1]);
+    av.push_back(p[0]);
+    bv.push_back(p[1]);
+  }
+  const int total = int(av.size());
+  for (int n : {total, total - 1, total - 13, 77}) {
+    std::vector<std::vector<float>> want(2);
+    forEachTarget([&](Target t) {
+      for (int hint : {0, 1}) {
+        std::vector<float> b(bv.begin(), bv.begin() + n);
+        ASSERT_EQ(kelOk, kelsLogAdd_32f(av.data(), b.data(), n, hint));
+        if (t == Target::kScalar) want[hint] = b;
+        else EXPECT_EQ(0, std::memcmp(want[hint].data(), b.data(), n * 4)) << targetName(t) << " n " << n << " hint " << hint;
+      }
+    });
+  }
+}
+
 // Terms down to the exponential's floor (-700) and past it, where the vector kernels form the
 // power of two differently from the scalar code.
 TEST(LogTargets, LogSumDeepTermsSameBits) {

@@ -7,19 +7,20 @@
 namespace kels {
 namespace {
 
-// Coefficient j of the three intervals in one register: doubles {c0, c1, c2, 0} or floats
-// {c0, c1, c2, 0, ...}; a 32-bit permute picks them for either.
-struct Tables {
-  __m256 centre64, coef64[logadd::kDegree + 1], centre32, coef32[logadd::kDegree + 1];
-  Tables() {
-    centre64 = _mm256_castpd_ps(_mm256_setr_pd(logadd::kCentre[0], logadd::kCentre[1], logadd::kCentre[2], 0));
-    centre32 = _mm256_setr_ps(float(logadd::kCentre[0]), float(logadd::kCentre[1]), float(logadd::kCentre[2]), 0, 0, 0, 0, 0);
-    for (int j = 0; j <= logadd::kDegree; ++j) {
-      coef64[j] = _mm256_castpd_ps(_mm256_setr_pd(logadd::kCoef64[0][j], logadd::kCoef64[1][j], logadd::kCoef64[2][j], 0));
-      coef32[j] = _mm256_setr_ps(logadd::kCoef32[0][j], logadd::kCoef32[1][j], logadd::kCoef32[2][j], 0, 0, 0, 0, 0);
+// Row 0 the centres, row j + 1 coefficient j; element k holds interval k's value. A 32-bit
+// permute picks from either: doubles through pairs of indices.
+template <class T>
+struct Table {
+  alignas(32) T row[logadd::kDegree + 2][32 / sizeof(T)] = {};
+  constexpr Table() {
+    for (int k = 0; k < 3; ++k) {
+      row[0][k] = T(logadd::kCentre[k]);
+      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
     }
   }
 };
+constexpr Table<double> kTable64;
+constexpr Table<float> kTable32;
 
 // 32-bit permute indices (2k, 2k+1) that fetch double k, from four interval numbers.
 inline __m256i pairIndex(__m128i k) {
@@ -27,49 +28,106 @@ inline __m256i pairIndex(__m128i k) {
   return _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi64(v, 1), _mm256_slli_epi64(v, 33)),
                          _mm256_set1_epi64x(std::int64_t(1) << 32));
 }
+inline __m256d pick(__m256i k, const double* row) {
+  return _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_castpd_ps(_mm256_load_pd(row)), k));
+}
+inline __m256 pick(__m256i k, const float* row) { return _mm256_permutevar8x32_ps(_mm256_load_ps(row), k); }
 
-inline __m128 corr64Half(const Tables& tb, __m128 hi, __m128 d, __m128i idx) {
-  const __m256i k = pairIndex(idx);
-  auto pick = [&](__m256 table) { return _mm256_castps_pd(_mm256_permutevar8x32_ps(table, k)); };
-  const __m256d t = _mm256_sub_pd(_mm256_cvtps_pd(d), pick(tb.centre64));
-  __m256d p = pick(tb.coef64[logadd::kDegree]);
-  for (int j = logadd::kDegree - 1; j >= 0; --j) p = _mm256_add_pd(_mm256_mul_pd(p, t), pick(tb.coef64[j]));
-  return _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(hi), p));
+// An empty asm that the register must pass through here. After each Horner step it keeps the
+// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
+// back to back, and the out-of-order window cannot cover several such chains.
+template <class V>
+inline void stepDone(V& v) {
+  asm volatile("" : "+x"(v));
 }
 
-template <bool kFast>
-inline __m256 logAdd8(const Tables& tb, __m256 a, __m256 b) {
-  const __m256 gt = _mm256_cmp_ps(a, b, _CMP_GT_OQ);
-  const __m256 hi = _mm256_blendv_ps(b, a, gt), lo = _mm256_blendv_ps(a, b, gt);
-  const __m256 d = _mm256_sub_ps(lo, hi);
-  const __m256i idx = _mm256_sub_epi32(
-      _mm256_sub_epi32(_mm256_setzero_si256(), _mm256_castps_si256(_mm256_cmp_ps(d, _mm256_set1_ps(kSplitLow), _CMP_GE_OQ))),
-      _mm256_castps_si256(_mm256_cmp_ps(d, _mm256_set1_ps(kSplitHigh), _CMP_GE_OQ)));
-  __m256 r;
-  if constexpr (kFast) {
-    const __m256 t = _mm256_sub_ps(d, _mm256_permutevar8x32_ps(tb.centre32, idx));
-    __m256 p = _mm256_permutevar8x32_ps(tb.coef32[logadd::kDegree], idx);
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
-      p = _mm256_add_ps(_mm256_mul_ps(p, t), _mm256_permutevar8x32_ps(tb.coef32[j], idx));
-    r = _mm256_add_ps(hi, p);
-  } else {
-    const __m128 r0 = corr64Half(tb, _mm256_castps256_ps128(hi), _mm256_castps256_ps128(d), _mm256_castsi256_si128(idx));
-    const __m128 r1 = corr64Half(tb, _mm256_extractf128_ps(hi, 1), _mm256_extractf128_ps(d, 1), _mm256_extracti128_si256(idx, 1));
-    r = _mm256_set_m128(r1, r0);
+// The lanes' common steps: ordering, d = lo - hi, the interval number; and the final choice
+// between the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
+struct Lanes8 {
+  __m256 a, b, hi, d;
+  __m256i idx;
+  void prepare(__m256 va, __m256 vb) {
+    a = va;
+    b = vb;
+    // max(a, b) is a > b ? a : b and min(b, a) is b < a ? b : a, NaN and signed zeros included:
+    // the scalar code's choice.
+    hi = _mm256_max_ps(a, b);
+    d = _mm256_sub_ps(_mm256_min_ps(b, a), hi);
+    idx = _mm256_sub_epi32(
+        _mm256_sub_epi32(_mm256_setzero_si256(), _mm256_castps_si256(_mm256_cmp_ps(d, _mm256_set1_ps(kSplitLow), _CMP_GE_OQ))),
+        _mm256_castps_si256(_mm256_cmp_ps(d, _mm256_set1_ps(kSplitHigh), _CMP_GE_OQ)));
   }
-  r = _mm256_blendv_ps(r, _mm256_max_ps(hi, _mm256_set1_ps(kLogZero32f)), _mm256_cmp_ps(d, _mm256_set1_ps(kDrop32f), _CMP_LT_OQ));
-  return _mm256_blendv_ps(r, _mm256_add_ps(a, b), _mm256_cmp_ps(d, d, _CMP_UNORD_Q));
-}
+  __m256 finish(__m256 r) const {
+    r = _mm256_blendv_ps(r, _mm256_max_ps(hi, _mm256_set1_ps(kLogZero32f)), _mm256_cmp_ps(d, _mm256_set1_ps(kDrop32f), _CMP_LT_OQ));
+    return _mm256_blendv_ps(r, _mm256_add_ps(a, b), _mm256_cmp_ps(d, d, _CMP_UNORD_Q));
+  }
+};
 
-template <bool kFast>
-void addRowT(const float* a, float* b, int n) {
-  const Tables tb;
+// hi + correction in double, 4 lanes per register, 2 kU chains.
+struct Corr64 {
+  template <int kU>
+  static void run(const Lanes8* l, __m256* r) {
+    constexpr int kN = 2 * kU;
+    const auto& tb = kTable64.row;
+    __m256i k[kN];
+    __m256d t[kN], p[kN];
+    for (int v = 0; v < kN; ++v) {
+      const Lanes8& g = l[v / 2];
+      k[v] = pairIndex(v % 2 ? _mm256_extracti128_si256(g.idx, 1) : _mm256_castsi256_si128(g.idx));
+      const __m128 d = v % 2 ? _mm256_extractf128_ps(g.d, 1) : _mm256_castps256_ps128(g.d);
+      t[v] = _mm256_sub_pd(_mm256_cvtps_pd(d), pick(k[v], tb[0]));
+      p[v] = pick(k[v], tb[logadd::kDegree + 1]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int v = 0; v < kN; ++v) p[v] = _mm256_add_pd(_mm256_mul_pd(p[v], t[v]), pick(k[v], tb[j + 1]));
+      for (int v = 0; v < kN; ++v) stepDone(p[v]);
+    }
+    for (int u = 0; u < kU; ++u) {
+      const __m128 lo = _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(l[u].hi)), p[2 * u]));
+      const __m128 up = _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(l[u].hi, 1)), p[2 * u + 1]));
+      r[u] = _mm256_set_m128(up, lo);
+    }
+  }
+};
+
+// hi + correction in float, 8 lanes per register.
+struct Corr32 {
+  template <int kU>
+  static void run(const Lanes8* l, __m256* r) {
+    const auto& tb = kTable32.row;
+    __m256 t[kU], p[kU];
+    for (int u = 0; u < kU; ++u) {
+      t[u] = _mm256_sub_ps(l[u].d, pick(l[u].idx, tb[0]));
+      p[u] = pick(l[u].idx, tb[logadd::kDegree + 1]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int u = 0; u < kU; ++u) p[u] = _mm256_add_ps(_mm256_mul_ps(p[u], t[u]), pick(l[u].idx, tb[j + 1]));
+      for (int u = 0; u < kU; ++u) stepDone(p[u]);
+    }
+    for (int u = 0; u < kU; ++u) r[u] = _mm256_add_ps(l[u].hi, p[u]);
+  }
+};
+
+// kU groups of 8 lanes per pass with their Horner steps interleaved; what is left goes to half
+// as many groups, down to one, and the last few lanes to the scalar code.
+template <int kU, class Corr, bool kFast>
+void addRowGroups(const float* a, float* b, int n) {
   int i = 0;
-  for (; i + 8 <= n; i += 8) _mm256_storeu_ps(b + i, logAdd8<kFast>(tb, _mm256_loadu_ps(a + i), _mm256_loadu_ps(b + i)));
-  for (; i < n; ++i) b[i] = logAddElem<kFast>(a[i], b[i]);
+  for (; i + 8 * kU <= n; i += 8 * kU) {
+    Lanes8 l[kU];
+    __m256 r[kU];
+    for (int u = 0; u < kU; ++u) l[u].prepare(_mm256_loadu_ps(a + i + 8 * u), _mm256_loadu_ps(b + i + 8 * u));
+    Corr::template run<kU>(l, r);
+    for (int u = 0; u < kU; ++u) _mm256_storeu_ps(b + i + 8 * u, l[u].finish(r[u]));
+  }
+  if constexpr (kU > 1) {
+    if (i < n) addRowGroups<kU / 2, Corr, kFast>(a + i, b + i, n - i);
+  } else {
+    for (; i < n; ++i) b[i] = logAddElem<kFast>(a[i], b[i]);
+  }
 }
-void addRow(const float* a, float* b, int n) { addRowT<false>(a, b, n); }
-void addRowFast(const float* a, float* b, int n) { addRowT<true>(a, b, n); }
+void addRow(const float* a, float* b, int n) { addRowGroups<4, Corr64, false>(a, b, n); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<8, Corr32, true>(a, b, n); }
 
 inline __m256d expNeg4(__m256d d) {
   const __m256d k = _mm256_round_pd(_mm256_mul_pd(d, _mm256_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);

@@ -12,25 +12,31 @@ namespace {
 
 inline __mmask16 tailMask(int r) { return __mmask16(r >= 16 ? 0xFFFFu : (1u << r) - 1); }
 
-// One register per coefficient: lane k holds interval k's value.
-struct Tables64 {
-  __m512d centre, coef[logadd::kDegree + 1];
-  Tables64() {
-    centre = _mm512_setr_pd(logadd::kCentre[0], logadd::kCentre[1], logadd::kCentre[2], 0, 0, 0, 0, 0);
-    for (int j = 0; j <= logadd::kDegree; ++j)
-      coef[j] = _mm512_setr_pd(logadd::kCoef64[0][j], logadd::kCoef64[1][j], logadd::kCoef64[2][j], 0, 0, 0, 0, 0);
+// Row 0 the centres, row j + 1 coefficient j; element k holds interval k's value, built at
+// compile time.
+template <class T>
+struct Table {
+  alignas(64) T row[logadd::kDegree + 2][64 / sizeof(T)] = {};
+  constexpr Table() {
+    for (int k = 0; k < 3; ++k) {
+      row[0][k] = T(logadd::kCentre[k]);
+      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
+    }
   }
 };
-struct Tables32 {
-  __m512 centre, coef[logadd::kDegree + 1];
-  Tables32() {
-    centre = _mm512_setr_ps(float(logadd::kCentre[0]), float(logadd::kCentre[1]), float(logadd::kCentre[2]), 0,
-                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-    for (int j = 0; j <= logadd::kDegree; ++j)
-      coef[j] = _mm512_setr_ps(logadd::kCoef32[0][j], logadd::kCoef32[1][j], logadd::kCoef32[2][j], 0, 0, 0, 0,
-                               0, 0, 0, 0, 0, 0, 0, 0, 0);
-  }
-};
+constexpr Table<double> kTable64;
+constexpr Table<float> kTable32;
+
+// An empty asm that the register must pass through here. After each Horner step it keeps the
+// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
+// back to back, and the out-of-order window cannot cover several such chains.
+template <class V>
+inline void stepDone(V& v) {
+  asm volatile("" : "+v"(v));
+}
+
+inline __m512d pick(__m512i k, const double* row) { return _mm512_permutexvar_pd(k, _mm512_load_pd(row)); }
+inline __m512 pick(__m512i k, const float* row) { return _mm512_permutexvar_ps(k, _mm512_load_ps(row)); }
 
 // The lanes' common steps: ordering, d = lo - hi, the interval number; and the final choice
 // between the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
@@ -40,9 +46,10 @@ struct Lanes16 {
   void prepare(__m512 va, __m512 vb) {
     a = va;
     b = vb;
-    const __mmask16 gt = _mm512_cmp_ps_mask(a, b, _CMP_GT_OQ);
-    hi = _mm512_mask_blend_ps(gt, b, a);
-    d = _mm512_sub_ps(_mm512_mask_blend_ps(gt, a, b), hi);
+    // max(a, b) is a > b ? a : b and min(b, a) is b < a ? b : a, NaN and signed zeros included:
+    // the scalar code's choice.
+    hi = _mm512_max_ps(a, b);
+    d = _mm512_sub_ps(_mm512_min_ps(b, a), hi);
     const __m512i one = _mm512_set1_epi32(1);
     idx = _mm512_maskz_mov_epi32(_mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitLow), _CMP_GE_OQ), one);
     idx = _mm512_mask_add_epi32(idx, _mm512_cmp_ps_mask(d, _mm512_set1_ps(kSplitHigh), _CMP_GE_OQ), idx, one);
@@ -55,47 +62,58 @@ struct Lanes16 {
 };
 
 // kU groups of 16 lanes per pass with their Horner steps interleaved: each chain is serial, so
-// the processor needs several in flight. The last groups run one at a time, masked.
+// the processor needs several in flight. What is left goes to half as many groups, down to one
+// group at a time with masks.
 template <int kU, class Corr>
-void addRowGroups(const float* a, float* b, int n, Corr corr) {
+void addRowGroups(const float* a, float* b, int n) {
   int i = 0;
-  for (; i + 16 * kU <= n; i += 16 * kU) {
-    Lanes16 l[kU];
-    __m512 r[kU];
-    for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
-    corr.template run<kU>(l, r);
-    for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
-  }
-  for (; i < n; i += 16) {
-    const __mmask16 m = tailMask(n - i);
-    Lanes16 l[1];
-    __m512 r[1];
-    l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
-    corr.template run<1>(l, r);
-    _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
+  if constexpr (kU > 1) {
+    for (; i + 16 * kU <= n; i += 16 * kU) {
+      Lanes16 l[kU];
+      __m512 r[kU];
+      for (int u = 0; u < kU; ++u) l[u].prepare(_mm512_loadu_ps(a + i + 16 * u), _mm512_loadu_ps(b + i + 16 * u));
+      Corr::template run<kU>(l, r);
+      for (int u = 0; u < kU; ++u) _mm512_storeu_ps(b + i + 16 * u, l[u].finish(r[u]));
+    }
+    if (i < n) addRowGroups<kU / 2, Corr>(a + i, b + i, n - i);
+  } else {
+    for (; i < n; i += 16) {
+      const __mmask16 m = tailMask(n - i);
+      Lanes16 l[1];
+      __m512 r[1];
+      l[0].prepare(_mm512_maskz_loadu_ps(m, a + i), _mm512_maskz_loadu_ps(m, b + i));
+      Corr::template run<1>(l, r);
+      _mm512_mask_storeu_ps(b + i, m, l[0].finish(r[0]));
+    }
   }
 }
 
 inline __m256 lower(__m512 v) { return _mm512_castps512_ps256(v); }
 inline __m256 upper(__m512 v) { return _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(v), 1)); }
 
-// hi + correction in double, 8 lanes per register, 2 kU registers interleaved.
+// hi + correction in double, 8 lanes per register, 2 kU chains.
 struct Corr64 {
-  Tables64 tb;
   template <int kU>
-  void run(const Lanes16* l, __m512* r) const {
+  static void run(const Lanes16* l, __m512* r) {
     constexpr int kN = 2 * kU;
+    const auto& tb = kTable64.row;
     __m512i k[kN];
     __m512d t[kN], p[kN];
     for (int v = 0; v < kN; ++v) {
       const Lanes16& g = l[v / 2];
       const __m256 d = v % 2 ? upper(g.d) : lower(g.d);
-      k[v] = _mm512_cvtepi32_epi64(v % 2 ? _mm512_extracti64x4_epi64(g.idx, 1) : _mm512_castsi512_si256(g.idx));
-      t[v] = _mm512_sub_pd(_mm512_cvtps_pd(d), _mm512_permutexvar_pd(k[v], tb.centre));
-      p[v] = _mm512_permutexvar_pd(k[v], tb.coef[logadd::kDegree]);
+      // vpermpd reads the low three bits of each 64-bit index, so a copy of interval number i in
+      // both halves of qword i will do: one permute instead of an extract and a widening.
+      k[v] = _mm512_permutexvar_epi32(v % 2 ? _mm512_setr_epi32(8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13, 14, 14, 15, 15)
+                                            : _mm512_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7, 7),
+                                      g.idx);
+      t[v] = _mm512_sub_pd(_mm512_cvtps_pd(d), pick(k[v], tb[0]));
+      p[v] = pick(k[v], tb[logadd::kDegree + 1]);
     }
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
-      for (int v = 0; v < kN; ++v) p[v] = _mm512_add_pd(_mm512_mul_pd(p[v], t[v]), _mm512_permutexvar_pd(k[v], tb.coef[j]));
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int v = 0; v < kN; ++v) p[v] = _mm512_add_pd(_mm512_mul_pd(p[v], t[v]), pick(k[v], tb[j + 1]));
+      for (int v = 0; v < kN; ++v) stepDone(p[v]);
+    }
     for (int u = 0; u < kU; ++u) {
       const __m256 lo = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(lower(l[u].hi)), p[2 * u]));
       const __m256 up = _mm512_cvtpd_ps(_mm512_add_pd(_mm512_cvtps_pd(upper(l[u].hi)), p[2 * u + 1]));
@@ -106,23 +124,24 @@ struct Corr64 {
 
 // hi + correction in float, 16 lanes per register.
 struct Corr32 {
-  Tables32 tb;
   template <int kU>
-  void run(const Lanes16* l, __m512* r) const {
+  static void run(const Lanes16* l, __m512* r) {
+    const auto& tb = kTable32.row;
     __m512 t[kU], p[kU];
     for (int u = 0; u < kU; ++u) {
-      t[u] = _mm512_sub_ps(l[u].d, _mm512_permutexvar_ps(l[u].idx, tb.centre));
-      p[u] = _mm512_permutexvar_ps(l[u].idx, tb.coef[logadd::kDegree]);
+      t[u] = _mm512_sub_ps(l[u].d, pick(l[u].idx, tb[0]));
+      p[u] = pick(l[u].idx, tb[logadd::kDegree + 1]);
     }
-    for (int j = logadd::kDegree - 1; j >= 0; --j)
-      for (int u = 0; u < kU; ++u)
-        p[u] = _mm512_add_ps(_mm512_mul_ps(p[u], t[u]), _mm512_permutexvar_ps(l[u].idx, tb.coef[j]));
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int u = 0; u < kU; ++u) p[u] = _mm512_add_ps(_mm512_mul_ps(p[u], t[u]), pick(l[u].idx, tb[j + 1]));
+      for (int u = 0; u < kU; ++u) stepDone(p[u]);
+    }
     for (int u = 0; u < kU; ++u) r[u] = _mm512_add_ps(l[u].hi, p[u]);
   }
 };
 
-void addRow(const float* a, float* b, int n) { addRowGroups<2>(a, b, n, Corr64{}); }
-void addRowFast(const float* a, float* b, int n) { addRowGroups<4>(a, b, n, Corr32{}); }
+void addRow(const float* a, float* b, int n) { addRowGroups<4, Corr64>(a, b, n); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<8, Corr32>(a, b, n); }
 
 // e^d for 8 lanes, the arithmetic of expNeg.
 inline __m512d expNeg8(__m512d d) {

@@ -8,57 +8,126 @@ namespace kels {
 namespace {
 
 inline __m128 select(__m128 m, __m128 yes, __m128 no) { return _mm_or_ps(_mm_and_ps(m, yes), _mm_andnot_ps(m, no)); }
-inline __m128d select(__m128d m, __m128d yes, __m128d no) { return _mm_or_pd(_mm_and_pd(m, yes), _mm_andnot_pd(m, no)); }
 
-// hi + correction for two lanes in double; ge1, ge2: d at or above each split.
-inline __m128d corr64(__m128d hi, __m128d d, __m128d ge1, __m128d ge2) {
-  auto pick = [&](const double* c3) {
-    return select(ge2, _mm_set1_pd(c3[2]), select(ge1, _mm_set1_pd(c3[1]), _mm_set1_pd(c3[0])));
-  };
-  double c[3];
-  auto coef = [&](int j) { for (int k = 0; k < 3; ++k) c[k] = logadd::kCoef64[k][j]; return pick(c); };
-  const __m128d t = _mm_sub_pd(d, pick(logadd::kCentre));
-  __m128d p = coef(logadd::kDegree);
-  for (int j = logadd::kDegree - 1; j >= 0; --j) p = _mm_add_pd(_mm_mul_pd(p, t), coef(j));
-  return _mm_add_pd(hi, p);
+// Interval k's value of a three-interval constant, bit for bit: c0 ^ (ge1 & (c0 ^ c1)) ^
+// (ge2 & (c1 ^ c2)), where ge2 lanes are also ge1 lanes. Four operations instead of two selects.
+inline __m128 pick(const float* c, __m128 ge1, __m128 ge2) {
+  const __m128 c0 = _mm_set1_ps(c[0]), c1 = _mm_set1_ps(c[1]), c2 = _mm_set1_ps(c[2]);
+  return _mm_xor_ps(_mm_xor_ps(c0, _mm_and_ps(ge1, _mm_xor_ps(c0, c1))), _mm_and_ps(ge2, _mm_xor_ps(c1, c2)));
+}
+inline __m128d pick(const double* c, __m128d ge1, __m128d ge2) {
+  const __m128d c0 = _mm_set1_pd(c[0]), c1 = _mm_set1_pd(c[1]), c2 = _mm_set1_pd(c[2]);
+  return _mm_xor_pd(_mm_xor_pd(c0, _mm_and_pd(ge1, _mm_xor_pd(c0, c1))), _mm_and_pd(ge2, _mm_xor_pd(c1, c2)));
 }
 
-template <bool kFast>
-inline __m128 logAdd4(__m128 a, __m128 b) {
-  const __m128 gt = _mm_cmpgt_ps(a, b);
-  const __m128 hi = select(gt, a, b), lo = select(gt, b, a);
-  const __m128 d = _mm_sub_ps(lo, hi);
-  const __m128 ge1 = _mm_cmpge_ps(d, _mm_set1_ps(kSplitLow)), ge2 = _mm_cmpge_ps(d, _mm_set1_ps(kSplitHigh));
-  __m128 r;
-  if constexpr (kFast) {
-    auto pick = [&](float c0, float c1, float c2) {
-      return select(ge2, _mm_set1_ps(c2), select(ge1, _mm_set1_ps(c1), _mm_set1_ps(c0)));
-    };
-    auto coef = [&](int j) { return pick(logadd::kCoef32[0][j], logadd::kCoef32[1][j], logadd::kCoef32[2][j]); };
-    const __m128 t = _mm_sub_ps(d, pick(float(logadd::kCentre[0]), float(logadd::kCentre[1]), float(logadd::kCentre[2])));
-    __m128 p = coef(logadd::kDegree);
-    for (int j = logadd::kDegree - 1; j >= 0; --j) p = _mm_add_ps(_mm_mul_ps(p, t), coef(j));
-    r = _mm_add_ps(hi, p);
-  } else {
-    // Compare masks widen to double lanes by duplicating each 32-bit mask.
-    auto lo2 = [](__m128 m) { return _mm_castps_pd(_mm_unpacklo_ps(m, m)); };
-    auto hi2 = [](__m128 m) { return _mm_castps_pd(_mm_unpackhi_ps(m, m)); };
-    const __m128d r0 = corr64(_mm_cvtps_pd(hi), _mm_cvtps_pd(d), lo2(ge1), lo2(ge2));
-    const __m128d r1 = corr64(_mm_cvtps_pd(_mm_movehl_ps(hi, hi)), _mm_cvtps_pd(_mm_movehl_ps(d, d)), hi2(ge1), hi2(ge2));
-    r = _mm_movelh_ps(_mm_cvtpd_ps(r0), _mm_cvtpd_ps(r1));
+// Row 0 the centres, row j + 1 coefficient j, each as the three intervals' values.
+template <class T>
+struct Table {
+  T row[logadd::kDegree + 2][3] = {};
+  constexpr Table() {
+    for (int k = 0; k < 3; ++k) {
+      row[0][k] = T(logadd::kCentre[k]);
+      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
+    }
   }
-  r = select(_mm_cmplt_ps(d, _mm_set1_ps(kDrop32f)), _mm_max_ps(hi, _mm_set1_ps(kLogZero32f)), r);
-  return select(_mm_cmpunord_ps(d, d), _mm_add_ps(a, b), r);
+};
+constexpr Table<double> kTable64;
+constexpr Table<float> kTable32;
+
+// An empty asm that the register must pass through here. After each Horner step it keeps the
+// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
+// back to back, and the out-of-order window cannot cover several such chains.
+template <class V>
+inline void stepDone(V& v) {
+  asm volatile("" : "+x"(v));
 }
 
-template <bool kFast>
-void addRowT(const float* a, float* b, int n) {
+// The lanes' common steps: ordering, d = lo - hi, the split masks; and the final choice between
+// the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
+struct Lanes4 {
+  __m128 a, b, hi, d, ge1, ge2;
+  void prepare(__m128 va, __m128 vb) {
+    a = va;
+    b = vb;
+    // max(a, b) is a > b ? a : b and min(b, a) is b < a ? b : a, NaN and signed zeros included:
+    // the scalar code's choice.
+    hi = _mm_max_ps(a, b);
+    d = _mm_sub_ps(_mm_min_ps(b, a), hi);
+    ge1 = _mm_cmpge_ps(d, _mm_set1_ps(kSplitLow));
+    ge2 = _mm_cmpge_ps(d, _mm_set1_ps(kSplitHigh));
+  }
+  __m128 finish(__m128 r) const {
+    r = select(_mm_cmplt_ps(d, _mm_set1_ps(kDrop32f)), _mm_max_ps(hi, _mm_set1_ps(kLogZero32f)), r);
+    return select(_mm_cmpunord_ps(d, d), _mm_add_ps(a, b), r);
+  }
+};
+
+// hi + correction in double, 2 lanes per register, 2 kU chains. Compare masks widen to double
+// lanes by duplicating each 32-bit mask.
+struct Corr64 {
+  template <int kU>
+  static void run(const Lanes4* l, __m128* r) {
+    constexpr int kN = 2 * kU;
+    const auto& tb = kTable64.row;
+    __m128d g1[kN], g2[kN], t[kN], p[kN];
+    for (int v = 0; v < kN; ++v) {
+      const Lanes4& g = l[v / 2];
+      const bool up = v % 2;
+      g1[v] = _mm_castps_pd(up ? _mm_unpackhi_ps(g.ge1, g.ge1) : _mm_unpacklo_ps(g.ge1, g.ge1));
+      g2[v] = _mm_castps_pd(up ? _mm_unpackhi_ps(g.ge2, g.ge2) : _mm_unpacklo_ps(g.ge2, g.ge2));
+      t[v] = _mm_sub_pd(_mm_cvtps_pd(up ? _mm_movehl_ps(g.d, g.d) : g.d), pick(tb[0], g1[v], g2[v]));
+      p[v] = pick(tb[logadd::kDegree + 1], g1[v], g2[v]);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int v = 0; v < kN; ++v) p[v] = _mm_add_pd(_mm_mul_pd(p[v], t[v]), pick(tb[j + 1], g1[v], g2[v]));
+      for (int v = 0; v < kN; ++v) stepDone(p[v]);
+    }
+    for (int u = 0; u < kU; ++u) {
+      const __m128d r0 = _mm_add_pd(_mm_cvtps_pd(l[u].hi), p[2 * u]);
+      const __m128d r1 = _mm_add_pd(_mm_cvtps_pd(_mm_movehl_ps(l[u].hi, l[u].hi)), p[2 * u + 1]);
+      r[u] = _mm_movelh_ps(_mm_cvtpd_ps(r0), _mm_cvtpd_ps(r1));
+    }
+  }
+};
+
+// hi + correction in float, 4 lanes per register.
+struct Corr32 {
+  template <int kU>
+  static void run(const Lanes4* l, __m128* r) {
+    const auto& tb = kTable32.row;
+    __m128 t[kU], p[kU];
+    for (int u = 0; u < kU; ++u) {
+      t[u] = _mm_sub_ps(l[u].d, pick(tb[0], l[u].ge1, l[u].ge2));
+      p[u] = pick(tb[logadd::kDegree + 1], l[u].ge1, l[u].ge2);
+    }
+    for (int j = logadd::kDegree - 1; j >= 0; --j) {
+      for (int u = 0; u < kU; ++u) p[u] = _mm_add_ps(_mm_mul_ps(p[u], t[u]), pick(tb[j + 1], l[u].ge1, l[u].ge2));
+      for (int u = 0; u < kU; ++u) stepDone(p[u]);
+    }
+    for (int u = 0; u < kU; ++u) r[u] = _mm_add_ps(l[u].hi, p[u]);
+  }
+};
+
+// kU groups of 4 lanes per pass with their Horner steps interleaved; what is left goes to half
+// as many groups, down to one, and the last few lanes to the scalar code.
+template <int kU, class Corr, bool kFast>
+void addRowGroups(const float* a, float* b, int n) {
   int i = 0;
-  for (; i + 4 <= n; i += 4) _mm_storeu_ps(b + i, logAdd4<kFast>(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
-  for (; i < n; ++i) b[i] = logAddElem<kFast>(a[i], b[i]);
+  for (; i + 4 * kU <= n; i += 4 * kU) {
+    Lanes4 l[kU];
+    __m128 r[kU];
+    for (int u = 0; u < kU; ++u) l[u].prepare(_mm_loadu_ps(a + i + 4 * u), _mm_loadu_ps(b + i + 4 * u));
+    Corr::template run<kU>(l, r);
+    for (int u = 0; u < kU; ++u) _mm_storeu_ps(b + i + 4 * u, l[u].finish(r[u]));
+  }
+  if constexpr (kU > 1) {
+    if (i < n) addRowGroups<kU / 2, Corr, kFast>(a + i, b + i, n - i);
+  } else {
+    for (; i < n; ++i) b[i] = logAddElem<kFast>(a[i], b[i]);
+  }
 }
-void addRow(const float* a, float* b, int n) { addRowT<false>(a, b, n); }
-void addRowFast(const float* a, float* b, int n) { addRowT<true>(a, b, n); }
+void addRow(const float* a, float* b, int n) { addRowGroups<2, Corr64, false>(a, b, n); }
+void addRowFast(const float* a, float* b, int n) { addRowGroups<4, Corr32, true>(a, b, n); }
 
 // e^d for two lanes; the rounding conversion rounds to nearest even, as nearbyint does.
 inline __m128d expNeg2(__m128d d) {
