@@ -242,11 +242,11 @@ void Frontend::tiltLowBins(const float* x, float mean) {
   for (int i = 1; i < n; ++i) y[i] = ((double(x[i]) - m) - p * (double(x[i - 1]) - m)) * w[i];
   for (int j = 0; j < kTiltOrder; ++j) padded_[std::size_t(j)] = y[len - kTiltOrder + j];
   const double* q = padded_.data();
-  float* z = tilted_.data();
-  for (int i = 0; i < len; ++i)
+  float* z = tilted_.data();  // z[n + kTiltOrder ..) stays zero
+  for (int i = 0; i < std::min(len, n + kTiltOrder); ++i)
     z[i] = float((q[i + 4] + q[i]) + 4.0 * (q[i + 3] + q[i + 1]) + 6.0 * q[i + 2]);
-  check(kelsFFTFwd_RToPack_32f(z, z, fft_), "kelsFFTFwd_RToPack_32f");
-  check(kelsPowerSpectrum_Pack_32f(z, tiltPower_.data(), len), "kelsPowerSpectrum_Pack_32f");
+  check(kelsFFTFwd_RToPack_32f(z, spectrum_.data(), fft_), "kelsFFTFwd_RToPack_32f");
+  check(kelsPowerSpectrum_Pack_32f(spectrum_.data(), tiltPower_.data(), len), "kelsPowerSpectrum_Pack_32f");
   for (int k = 0; k < tiltBins_; ++k)
     power_[std::size_t(k)] = tiltPower_[std::size_t(k)] * tiltInvGain_[std::size_t(k)];
 }
@@ -279,10 +279,10 @@ void Frontend::processFrame(const float* x, float* out) {
   check(kelsFFTFwd_RToPack_32f(f, spectrum_.data(), fft_), "kelsFFTFwd_RToPack_32f");
   check(kelsPowerSpectrum_Pack_32f(spectrum_.data(), power_.data(), len), "kelsPowerSpectrum_Pack_32f");
   if (!lowBands_->empty()) {
-    const double floor = kTiltBelow * spectralPower();
+    const float floor = float(kTiltBelow * spectralPower());
     auto weak = [&](BinSpan b) {
-      double sum = 0.0;
-      for (int k = b.first; k <= b.last; ++k) sum += double(power_[std::size_t(k)]);
+      float sum = 0.0f;
+      for (int k = b.first; k <= b.last; ++k) sum += power_[std::size_t(k)];
       return sum < floor;
     };
     if (std::any_of(lowBands_->begin(), lowBands_->end(), weak)) tiltLowBins(x, mean);
