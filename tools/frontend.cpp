@@ -1,6 +1,7 @@
 // kels: feature front end. Per frame: DC removal, raw log energy, pre-emphasis, window, zero
-// padding to the FFT length, power (or magnitude) spectrum, mel filter bank, log, and for MFCC
-// the DCT with a sine lifter. Matches Kaldi's feature pipeline with dither 0.
+// padding to the FFT length, power (or magnitude) spectrum (its low bins recomputed from a
+// low-passed copy when a low band is weak), mel filter bank, log, and for MFCC the DCT with a
+// sine lifter. Matches Kaldi's feature pipeline with dither 0.
 #include "frontend.h"
 
 #include <algorithm>
@@ -20,11 +21,20 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr float kLogFloor = FLT_EPSILON;  // energies are floored here before the log, as Kaldi does
+constexpr int kTiltOrder = 4;  // order of the binomial low-pass (1 + z^-1)^4 for the low bins
+// A low band this far below the frame's spectral power (the sum of |Y(k)|^2 over all N bins)
+// has its bins recomputed from the tilted transform; above it, the plain transform's rounding
+// noise moves a band's log by less than 2e-5 on speech.
+constexpr double kTiltBelow = 1e-6;
+
+// Bins below an eighth of the sample rate, where the tilt's gain (2 + 2 cos(2 pi k / N))^4 is
+// within 3 dB of its 256 at DC.
+int tiltBins(int fftLen) { return fftLen / 8; }
 
 double melScale(double hz) { return 1127.0 * std::log(1.0 + hz / 700.0); }
 
-std::vector<float> makeWindow(const std::string& name, int n) {
-  std::vector<float> w(std::size_t(n), 1.0f);
+std::vector<double> makeWindow(const std::string& name, int n) {
+  std::vector<double> w(std::size_t(n), 1.0);
   const double a = n > 1 ? 2.0 * kPi / (n - 1) : 0.0;
   for (int i = 0; i < n; ++i) {
     double v;
@@ -34,13 +44,14 @@ std::vector<float> makeWindow(const std::string& name, int n) {
     else if (name == "blackman") v = 0.42 - 0.5 * std::cos(a * i) + 0.08 * std::cos(2.0 * a * i);
     else if (name == "rectangular") v = 1.0;
     else throw Error("unknown window '" + name + "' (povey, hamming, hanning, blackman, rectangular)");
-    w[std::size_t(i)] = float(v);
+    w[std::size_t(i)] = v;
   }
   return w;
 }
 
 struct Tables {
   std::vector<unsigned char> fftMem;
+  std::vector<BinSpan> lowBands;  // bands within the bins of the tilted transform
   const KelsFFTSpec_R_32f* fft = nullptr;
   KelsMelFBank_32f* bank = nullptr;
   KelsDCTLifter_32f* dct = nullptr;
@@ -80,13 +91,16 @@ std::unique_ptr<Tables> buildTables(const FeatureOptions& o, int rate, int fftLe
   for (int j = 1; j <= nf; ++j) {
     const double left = melLow + (j - 1) * delta, centre = left + delta, right = centre + delta;
     coeffs.clear();
+    BinSpan span{bins, -1};
     for (int k = centres[std::size_t(j) - 1]; k <= centres[std::size_t(j) + 1]; ++k) {
       const double m = binMel[std::size_t(k)];
       double w = 0.0;
       if (k < bins && m > left && m < right)
         w = m <= centre ? (m - left) / (centre - left) : (right - m) / (right - centre);
       coeffs.push_back(float(w));
+      if (float(w) > 0.0f) span = {std::min(span.first, k), k};
     }
+    if (span.last >= 0 && span.last < tiltBins(fftLen)) t->lowBands.push_back(span);
     check(kelsFBankSetCoeffs_32f(t->bank, j, coeffs.data()), "kelsFBankSetCoeffs_32f");
   }
 
@@ -164,14 +178,22 @@ Frontend::Frontend(const FeatureOptions& opts, int sampleRate) : o_(opts), rate_
   if (o_.lifter < 0) throw Error("--cepstral-lifter must not be negative");
 
   window_ = makeWindow(o_.window, frameLen_);
+  windowF_.assign(window_.begin(), window_.end());
+  padded_.assign(std::size_t(fftLen_ + kTiltOrder), 0.0);
   frame_.assign(std::size_t(fftLen_), 0.0f);
-  conditioned_.assign(std::size_t(frameLen_), 0.0f);
+  tilted_.assign(std::size_t(fftLen_), 0.0f);
+  spectrum_.assign(std::size_t(fftLen_), 0.0f);
   power_.assign(std::size_t(fftLen_ / 2 + 1), 0.0f);
+  tiltPower_.assign(power_.size(), 0.0f);
+  tiltBins_ = tiltBins(fftLen_);
+  for (int k = 0; k < tiltBins_; ++k)
+    tiltInvGain_.push_back(float(1.0 / std::pow(2.0 + 2.0 * std::cos(2.0 * kPi * k / fftLen_), kTiltOrder)));
   mel_.assign(std::size_t(o_.numBins), 0.0f);
   ceps_.assign(std::size_t(o_.numCeps), 0.0f);
 
   const Tables& t = tablesFor(o_, rate_, fftLen_, order_, high);
   fft_ = t.fft;
+  lowBands_ = &t.lowBands;
   bank_ = t.bank;
   dct_ = t.dct;
 }
@@ -191,10 +213,48 @@ Matrix Frontend::compute(const float* samples, std::size_t count) {
   return m;
 }
 
+double Frontend::spectralPower() const {
+  // Sum over all N bins: the bins 1 .. N/2 - 1 count twice.
+  constexpr int kLanes = 8;
+  const int half = fftLen_ / 2;
+  const float* pw = power_.data();
+  float s[kLanes] = {};
+  int k = 1;
+  for (; k + kLanes <= half; k += kLanes)
+    for (int l = 0; l < kLanes; ++l) s[l] += pw[k + l];
+  for (; k < half; ++k) s[0] += pw[k];
+  const double inner = ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
+  return 2.0 * inner + double(pw[0]) + double(pw[half]);
+}
+
+// Weak low bands (fricatives, whose low bands DC removal and pre-emphasis leave 80-100 dB below
+// the frame) sit near the noise the float FFT leaves in every bin, a fixed fraction of its
+// input's norm. So the low bins are computed again, from the frame conditioned in double and
+// circularly convolved with (1 + z^-1)^4: the DFT of that is Y(k) (1 + e^(-2 pi i k / N))^4, so
+// its power over the squared gain is |Y(k)|^2, while the high frequencies that set the noise
+// are filtered out before the transform.
+void Frontend::tiltLowBins(const float* x, float mean) {
+  const int n = frameLen_, len = fftLen_;
+  const double p = o_.preemph, m = mean, d0 = double(x[0]) - m;
+  const double* w = window_.data();
+  double* y = padded_.data() + kTiltOrder;  // kTiltOrder slots for the wrap, then y; y[n ..) is 0
+  y[0] = (d0 - p * d0) * w[0];
+  for (int i = 1; i < n; ++i) y[i] = ((double(x[i]) - m) - p * (double(x[i - 1]) - m)) * w[i];
+  for (int j = 0; j < kTiltOrder; ++j) padded_[std::size_t(j)] = y[len - kTiltOrder + j];
+  const double* q = padded_.data();
+  float* z = tilted_.data();  // z[n + kTiltOrder ..) stays zero
+  for (int i = 0; i < std::min(len, n + kTiltOrder); ++i)
+    z[i] = float((q[i + 4] + q[i]) + 4.0 * (q[i + 3] + q[i + 1]) + 6.0 * q[i + 2]);
+  check(kelsFFTFwd_RToPack_32f(z, spectrum_.data(), fft_), "kelsFFTFwd_RToPack_32f");
+  check(kelsPowerSpectrum_Pack_32f(spectrum_.data(), tiltPower_.data(), len), "kelsPowerSpectrum_Pack_32f");
+  for (int k = 0; k < tiltBins_; ++k)
+    power_[std::size_t(k)] = tiltPower_[std::size_t(k)] * tiltInvGain_[std::size_t(k)];
+}
+
 void Frontend::processFrame(const float* x, float* out) {
   // Eight partial sums keep the additions independent, so the loops vectorise.
   constexpr int kLanes = 8;
-  const int n = frameLen_;
+  const int n = frameLen_, len = fftLen_;
   float s[kLanes] = {}, e[kLanes] = {};
   int i = 0;
   for (; i + kLanes <= n; i += kLanes)
@@ -202,29 +262,33 @@ void Frontend::processFrame(const float* x, float* out) {
   for (; i < n; ++i) s[0] += x[i];
   const float mean =
       o_.removeDc ? (((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]))) / float(n) : 0.0f;
-  float* d = conditioned_.data();
   for (i = 0; i + kLanes <= n; i += kLanes)
-    for (int l = 0; l < kLanes; ++l) {
-      d[i + l] = x[i + l] - mean;
-      e[l] += d[i + l] * d[i + l];
-    }
-  for (; i < n; ++i) {
-    d[i] = x[i] - mean;
-    e[0] += d[i] * d[i];
-  }
+    for (int l = 0; l < kLanes; ++l) e[l] += (x[i + l] - mean) * (x[i + l] - mean);
+  for (; i < n; ++i) e[0] += (x[i] - mean) * (x[i] - mean);
   const float energy = ((e[0] + e[4]) + (e[2] + e[6])) + ((e[1] + e[5]) + (e[3] + e[7]));
   const float logEnergy = std::log(std::max(energy, kLogFloor));
+  // Pre-emphasis as (x[i] - x[i-1]) + (1 - p)(x[i-1] - mean): the first difference of 16-bit
+  // samples is exact and only the small second term is rounded. The plain d[i] - p d[i-1]
+  // rounds terms as large as the samples: 2.5 times the rounding noise in the frame.
+  const float keep = float(1.0 - o_.preemph);
+  const float* w = windowF_.data();
   float* f = frame_.data();
-  const float p = float(o_.preemph);
-  const float* w = window_.data();
-  f[0] = (d[0] - p * d[0]) * w[0];
-  for (i = 1; i < n; ++i) f[i] = (d[i] - p * d[i - 1]) * w[i];
-  for (int i = n; i < fftLen_; ++i) f[i] = 0.0f;
+  f[0] = keep * (x[0] - mean) * w[0];
+  for (i = 1; i < n; ++i) f[i] = ((x[i] - x[i - 1]) + keep * (x[i - 1] - mean)) * w[i];
 
-  check(kelsFFTFwd_RToPack_32f(f, f, fft_), "kelsFFTFwd_RToPack_32f");
-  check(kelsPowerSpectrum_Pack_32f(f, power_.data(), fftLen_), "kelsPowerSpectrum_Pack_32f");
+  check(kelsFFTFwd_RToPack_32f(f, spectrum_.data(), fft_), "kelsFFTFwd_RToPack_32f");
+  check(kelsPowerSpectrum_Pack_32f(spectrum_.data(), power_.data(), len), "kelsPowerSpectrum_Pack_32f");
+  if (!lowBands_->empty()) {
+    const float floor = float(kTiltBelow * spectralPower());
+    auto weak = [&](BinSpan b) {
+      float sum = 0.0f;
+      for (int k = b.first; k <= b.last; ++k) sum += power_[std::size_t(k)];
+      return sum < floor;
+    };
+    if (std::any_of(lowBands_->begin(), lowBands_->end(), weak)) tiltLowBins(x, mean);
+  }
   if (!o_.usePower)
-    for (float& p : power_) p = std::sqrt(p);
+    for (float& v : power_) v = std::sqrt(v);
   check(kelsEvalFBank_32f(power_.data(), mel_.data(), bank_), "kelsEvalFBank_32f");
   for (float& v : mel_) v = std::log(std::max(v, kLogFloor));
 

@@ -15,6 +15,10 @@ namespace kels::tool {
 
 enum class FeatureKind { kMfcc, kFbank };
 
+struct BinSpan {
+  int first, last;  // spectrum bins, inclusive
+};
+
 // Defaults are Kaldi's compute-mfcc-feats / compute-fbank-feats with dither 0 (`--preset kaldi`).
 struct FeatureOptions {
   FeatureKind kind = FeatureKind::kMfcc;
@@ -55,12 +59,17 @@ class Frontend {
 
  private:
   void processFrame(const float* x, float* out);
+  double spectralPower() const;
+  void tiltLowBins(const float* x, float mean);
 
   FeatureOptions o_;
   int rate_, frameLen_, frameShift_, fftLen_, order_;
-  std::vector<float> window_, conditioned_, frame_, power_, mel_, ceps_;
+  std::vector<double> window_, padded_;  // padded_: kTiltOrder wrap slots, the frame
+  std::vector<float> windowF_, frame_, tilted_, spectrum_, power_, tiltPower_, tiltInvGain_, mel_, ceps_;
+  int tiltBins_ = 0;  // power spectrum bins taken from the tilted transform
   // Shared, process-lifetime library objects (see tablesFor in frontend.cpp).
   const KelsFFTSpec_R_32f* fft_ = nullptr;
+  const std::vector<BinSpan>* lowBands_ = nullptr;
   KelsMelFBank_32f* bank_ = nullptr;
   const KelsDCTLifter_32f* dct_ = nullptr;
 };

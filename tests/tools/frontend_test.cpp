@@ -1,9 +1,13 @@
 // Features against torchaudio's Kaldi-compatible front end (goldens made by make_goldens.py
-// from the same WAV files, in double precision), and the properties of deltas and normalisation.
+// from the same WAV files, in double precision), against a long double reference on frames with
+// very weak low bands, and the properties of deltas and normalisation.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
+#include <random>
+#include <vector>
 
 #include "error.h"
 #include "frontend.h"
@@ -14,13 +18,13 @@
 namespace kels::tool {
 namespace {
 
-
 struct GoldenCase {
   const char* name;
   FeatureKind kind;
   bool useEnergy;
   const char* prefix;
   bool usePower = true;
+  double bound = 1e-4;  // every value of every frame
 };
 
 void PrintTo(const GoldenCase& c, std::ostream* os) { *os << c.name; }
@@ -39,37 +43,90 @@ TEST_P(Golden, MatchesTorchaudio) {
     const Matrix want = readFeatures(test::goldenPath(std::string(c.prefix) + utt + ".npy"))[0].feats;
     ASSERT_EQ(got.rows, want.rows) << utt;
     ASSERT_EQ(got.cols, want.cols) << utt;
-    // Every filter-bank value within 1e-3. Cepstra: c1..c12 carry the lifter (up to 12x), so the
-    // float32 FFT noise of mel bands 60+ dB below the frame energy reaches them; at most 1% of
-    // frames may exceed 1e-3, none 3e-3 (torchaudio's own float32 run reaches 2.4e-3 here).
-    const bool cepstra = c.kind == FeatureKind::kMfcc;
-    int over = 0;
     double worst = 0.0;
-    int at = 0;
-    for (int t = 0; t < got.rows; ++t) {
-      double frameWorst = 0.0;
-      for (int k = 0; k < got.cols; ++k) {
-        const std::size_t i = std::size_t(t) * std::size_t(got.cols) + std::size_t(k);
-        const double e = std::fabs(double(got.data[i]) - double(want.data[i]));
-        frameWorst = std::max(frameWorst, e);
-        if (e > worst) worst = e, at = int(i);
-      }
-      over += frameWorst > 1e-3;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < got.data.size(); ++i) {
+      const double e = std::fabs(double(got.data[i]) - double(want.data[i]));
+      if (e > worst) worst = e, at = i;
     }
-    const std::string where = std::string(utt) + ": worst at frame " + std::to_string(at / got.cols) +
-                              " column " + std::to_string(at % got.cols);
-    EXPECT_LE(worst, cepstra ? 3e-3 : 1e-3) << where;
-    EXPECT_LE(over, cepstra ? got.rows / 100 : 0) << where << "; frames over 1e-3: " << over;
+    EXPECT_LE(worst, c.bound) << utt << ": worst at frame " << at / std::size_t(got.cols) << " column "
+                              << at % std::size_t(got.cols);
   }
 }
 
+// Cepstra carry the lifter (up to 12x on c1..c12), and the reference's float32 DCT and mel
+// tables put up to 2.7e-4 into its double run: kels is within 2e-4 of an exact pipeline and
+// 3.7e-4 of the reference. Filter-bank values are within 7e-5.
 INSTANTIATE_TEST_SUITE_P(
     Kaldi, Golden,
-    ::testing::Values(GoldenCase{"mfcc", FeatureKind::kMfcc, true, "mfcc_"},
-                      GoldenCase{"mfcc_c0", FeatureKind::kMfcc, false, "mfcc_c0_"},
+    ::testing::Values(GoldenCase{"mfcc", FeatureKind::kMfcc, true, "mfcc_", true, 5e-4},
+                      GoldenCase{"mfcc_c0", FeatureKind::kMfcc, false, "mfcc_c0_", true, 5e-4},
                       GoldenCase{"fbank", FeatureKind::kFbank, false, "fbank_"},
                       GoldenCase{"fbank_magnitude_energy", FeatureKind::kFbank, true, "fbank_mag_", false}),
     [](const auto& info) { return std::string(info.param.name); });
+
+// Kaldi's fbank with log energy in long double: a direct DFT of each conditioned frame and the
+// mel triangles written from their definition, sharing no code with the front end.
+std::vector<std::vector<long double>> referenceFbank(const std::vector<float>& x, int rate) {
+  using LD = long double;
+  const LD pi = 3.14159265358979323846264338327950288L;
+  const std::size_t len = std::size_t(rate) / 40, shift = std::size_t(rate) / 100, bins = 23;
+  std::size_t fft = 1;
+  while (fft < len) fft *= 2;
+  auto mel = [](LD hz) { return 1127.0L * std::log(1.0L + hz / 700.0L); };
+  const LD low = mel(20.0L), step = (mel(rate / 2.0L) - low) / (bins + 1);
+  std::vector<LD> cosine, sine, window;
+  for (std::size_t i = 0; i < fft; ++i)
+    cosine.push_back(std::cos(2 * pi * i / fft)), sine.push_back(std::sin(2 * pi * i / fft));
+  for (std::size_t i = 0; i < len; ++i)
+    window.push_back(std::pow(0.5L - 0.5L * std::cos(2 * pi * i / (len - 1)), 0.85L));
+  std::vector<std::vector<long double>> out;
+  for (std::size_t start = 0; start + len <= x.size(); start += shift) {
+    LD mean = 0, energy = 0;
+    for (std::size_t i = 0; i < len; ++i) mean += x[start + i];
+    mean /= len;
+    std::vector<LD> d, y;
+    for (std::size_t i = 0; i < len; ++i) d.push_back(x[start + i] - mean), energy += d[i] * d[i];
+    for (std::size_t i = 0; i < len; ++i) y.push_back((d[i] - 0.97L * d[i > 0 ? i - 1 : 0]) * window[i]);
+    std::vector<LD> row{std::log(energy)}, band(bins, 0.0L);
+    for (std::size_t k = 0; k < fft / 2; ++k) {  // the Nyquist bin has no weight
+      LD re = 0, im = 0;
+      for (std::size_t i = 0; i < len; ++i) re += y[i] * cosine[k * i % fft], im -= y[i] * sine[k * i % fft];
+      const LD m = mel(LD(rate) * k / fft);
+      for (std::size_t j = 0; j < bins; ++j) {
+        const LD left = low + j * step, w = std::min(m - left, left + 2 * step - m) / step;
+        if (w > 0) band[j] += w * (re * re + im * im);
+      }
+    }
+    for (LD b : band) row.push_back(std::log(std::max(b, LD(FLT_EPSILON))));
+    out.push_back(row);
+  }
+  return out;
+}
+
+TEST(Frontend, WeakLowBandsMatchALongDoubleReference) {
+  // The second difference of uniform noise, as 16-bit samples: its spectrum rises 12 dB per
+  // octave, and after DC removal and pre-emphasis the lowest mel band lies 105-110 dB below the
+  // strongest, at the level of the float FFT's rounding noise (the transform of the frame alone
+  // leaves log errors of 1.2e-3 at 8 kHz and 3.9e-3 at 16 kHz there).
+  std::mt19937 gen(7);
+  for (int rate : {8000, 16000}) {
+    std::vector<float> u(std::size_t(rate) * 3 / 10 + 2), x(u.size() - 2);
+    for (float& v : u) v = float(gen()) / 2147483648.0f - 1.0f;
+    for (std::size_t t = 0; t < x.size(); ++t) x[t] = std::nearbyint(4000.0f * (u[t + 2] - 2.0f * u[t + 1] + u[t]));
+    FeatureOptions o = FeatureOptions::kaldi(FeatureKind::kFbank);
+    o.useEnergy = true;
+    Frontend fe(o, rate);
+    const Matrix got = fe.compute(x.data(), x.size());
+    const auto want = referenceFbank(x, rate);
+    ASSERT_EQ(std::size_t(got.rows), want.size()) << rate;
+    double worst = 0.0;
+    for (int t = 0; t < got.rows; ++t)
+      for (int k = 0; k < got.cols; ++k)
+        worst = std::max(worst, double(std::fabs(got.row(t)[k] - want[std::size_t(t)][std::size_t(k)])));
+    EXPECT_LE(worst, 5e-4) << rate << " Hz";
+  }
+}
 
 TEST(Frontend, DeltasAreTheRegressionOfTheStatics) {
   // A quadratic track: the regression gives the exact slope away from the edges, and the
