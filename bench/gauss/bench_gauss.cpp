@@ -3,13 +3,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <kelsr.h>
 
+#include "../common/min_report.h"
 #include "core/cpu.h"
 #include "ref.h"
 
@@ -143,48 +143,27 @@ BENCHMARK(BM_refLogSum<ref::logSumPlain>)->Name("BM_plainLogSum");
 BENCHMARK(BM_refLogSum<ref::logSumNative>)->Name("BM_nativeFastMathLogSum");
 BENCHMARK(BM_peak);
 
-// Collects per-iteration times (and counters) while printing as usual.
-class Collect : public benchmark::ConsoleReporter {
- public:
-  std::map<std::string, double> ns;
-  std::map<std::string, double> gflops;
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const auto& r : runs) {
-      ns[r.benchmark_name()] = r.GetAdjustedCPUTime();  // the machine is shared: CPU time
-      auto it = r.counters.find("GFLOPs");
-      if (it != r.counters.end()) gflops[r.benchmark_name()] = it->second;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-};
-
-void ratio(Collect& c, const char* what, const std::string& ref, const std::string& ours, double need) {
-  if (!c.ns.count(ref) || !c.ns.count(ours)) return;
-  const double r = c.ns[ref] / c.ns[ours];
-  std::printf("  %-44s %6.2fx  (need >= %.0fx: %s)\n", what, r, need, r >= need ? "met" : "NOT met");
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  Collect c;
+  bench::MinReporter c;
   benchmark::RunSpecifiedBenchmarks(&c);
-  std::printf("\nTarget: %s\nRatios (reference time / kelsr time, same run):\n",
+  std::printf("\nTarget: %s. Fastest repetition of each; ratio = reference time / kelsr time.\n",
               kels::targetName(kels::activeTarget()));
-  ratio(c, "LogGauss_32f_D2 vs plain loop", "BM_plainLogGauss_D2", "BM_kelsLogGauss_32f_D2", 4);
-  ratio(c, "LogGaussSingle_32f vs plain loop", "BM_plainLogGaussSingle", "BM_kelsLogGaussSingle_32f", 4);
+  c.ratio("LogGauss_32f_D2 vs plain loop", "BM_plainLogGauss_D2", "BM_kelsLogGauss_32f_D2", 4);
+  c.ratio("LogGaussSingle_32f vs plain loop", "BM_plainLogGaussSingle", "BM_kelsLogGaussSingle_32f", 4);
   for (const char* h : {"hint0", "hint1"}) {
     const std::string ours = std::string("BM_kelsLogAdd_32f/") + h;
-    ratio(c, (std::string("LogAdd_32f ") + h + " vs max+log1p(exp)").c_str(), "BM_plainLogAdd", ours, 10);
-    ratio(c, (std::string("LogAdd_32f ") + h + " vs -march=native -ffast-math").c_str(), "BM_nativeFastMathLogAdd", ours, 2);
+    c.ratio(std::string("LogAdd_32f ") + h + " vs max+log1p(exp)", "BM_plainLogAdd", ours, 10);
+    c.ratio(std::string("LogAdd_32f ") + h + " vs -march=native -ffast-math", "BM_nativeFastMathLogAdd", ours, 2);
   }
-  ratio(c, "LogSum_32f vs max+log1p(exp)", "BM_plainLogSum", "BM_kelsLogSum_32f/hint0", 10);
-  ratio(c, "LogSum_32f vs -march=native -ffast-math", "BM_nativeFastMathLogSum", "BM_kelsLogSum_32f/hint0", 2);
-  if (c.gflops.count("BM_kelsLogGauss_32f_D2") && c.gflops.count("BM_peak"))
-    std::printf("Scoring kernel: %.1f GFLOP/s of a %.1f GFLOP/s single-core peak (%.0f%%)\n",
-                c.gflops["BM_kelsLogGauss_32f_D2"], c.gflops["BM_peak"],
-                100 * c.gflops["BM_kelsLogGauss_32f_D2"] / c.gflops["BM_peak"]);
+  c.ratio("LogSum_32f vs max+log1p(exp)", "BM_plainLogSum", "BM_kelsLogSum_32f/hint0", 10);
+  c.ratio("LogSum_32f vs -march=native -ffast-math", "BM_nativeFastMathLogSum", "BM_kelsLogSum_32f/hint0", 2);
+  const double ours = c.has("BM_kelsLogGauss_32f_D2") ? c.counter("BM_kelsLogGauss_32f_D2", "GFLOPs") : 0,
+               peak = c.has("BM_peak") ? c.counter("BM_peak", "GFLOPs") : 0;
+  if (ours > 0 && peak > 0)
+    std::printf("Scoring kernel: %.1f GFLOP/s of a %.1f GFLOP/s single-core peak (%.0f%%)\n", ours, peak, 100 * ours / peak);
   benchmark::Shutdown();
   return 0;
 }

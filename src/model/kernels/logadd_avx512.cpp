@@ -143,17 +143,27 @@ struct Corr32 {
 void addRow(const float* a, float* b, int n) { addRowGroups<4, Corr64>(a, b, n); }
 void addRowFast(const float* a, float* b, int n) { addRowGroups<8, Corr32>(a, b, n); }
 
-// e^d for 8 lanes, the arithmetic of expNeg.
-inline __m512d expNeg8(__m512d d) {
-  const __m512d k = _mm512_roundscale_pd(_mm512_mul_pd(d, _mm512_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  const __m512d r = _mm512_sub_pd(_mm512_sub_pd(d, _mm512_mul_pd(k, _mm512_set1_pd(kLn2Hi))),
-                                  _mm512_mul_pd(k, _mm512_set1_pd(kLn2Lo)));
-  __m512d p = _mm512_set1_pd(kInvFact[kExpDegree]);
-  for (int j = kExpDegree - 1; j >= 0; --j) p = _mm512_add_pd(_mm512_mul_pd(p, r), _mm512_set1_pd(kInvFact[j]));
+// e^d for kU groups of 8 lanes, the arithmetic of expNeg, the groups' Horner steps interleaved.
+template <int kU>
+inline void expNeg8(__m512d* d) {
+  __m512d k[kU], r[kU], p[kU];
+  for (int u = 0; u < kU; ++u) {
+    k[u] = _mm512_roundscale_pd(_mm512_mul_pd(d[u], _mm512_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+    r[u] = _mm512_sub_pd(_mm512_sub_pd(d[u], _mm512_mul_pd(k[u], _mm512_set1_pd(kLn2Hi))),
+                         _mm512_mul_pd(k[u], _mm512_set1_pd(kLn2Lo)));
+    p[u] = _mm512_set1_pd(kInvFact[kExpDegree]);
+  }
+  for (int j = kExpDegree - 1; j >= 0; --j)
+    for (int u = 0; u < kU; ++u) {
+      p[u] = _mm512_add_pd(_mm512_mul_pd(p[u], r[u]), _mm512_set1_pd(kInvFact[j]));
+      stepDone(p[u]);
+    }
   // p * 2^k in one instruction: the lanes kept have k >= -1010, where the scalar code's clamp
   // at -1022 is idle and both products are exact, so the bits agree.
-  const __m512d v = _mm512_scalef_pd(p, k);
-  return _mm512_mask_mov_pd(v, _mm512_cmp_pd_mask(d, _mm512_set1_pd(kExpFloor), _CMP_LT_OQ), _mm512_setzero_pd());
+  for (int u = 0; u < kU; ++u) {
+    const __m512d v = _mm512_scalef_pd(p[u], k[u]);
+    d[u] = _mm512_mask_mov_pd(v, _mm512_cmp_pd_mask(d[u], _mm512_set1_pd(kExpFloor), _CMP_LT_OQ), _mm512_setzero_pd());
+  }
 }
 
 float sum32f(const float* x, int n) {
@@ -169,19 +179,21 @@ float sum32f(const float* x, int n) {
   if (logSumTrivial(top, &out)) return out;
   const __m512d m = _mm512_set1_pd(double(top));
   __m512d acc = _mm512_setzero_pd();
-  // Four independent exponentials per step hide the latency of their Horner chains; they are
-  // added in element order, so each lane's sum is unchanged.
+  // Eight independent exponentials per step, their Horner chains interleaved, hide each other's
+  // latency; they are added in element order, so each lane's sum is unchanged.
+  constexpr int kU = 8;
   int i = 0;
-  for (; i + 32 <= n; i += 32) {
-    __m512d e[4];
-    for (int u = 0; u < 4; ++u)
-      e[u] = expNeg8(_mm512_sub_pd(_mm512_cvtps_pd(_mm256_loadu_ps(x + i + 8 * u)), m));
-    for (int u = 0; u < 4; ++u) acc = _mm512_add_pd(acc, e[u]);
+  for (; i + 8 * kU <= n; i += 8 * kU) {
+    __m512d e[kU];
+    for (int u = 0; u < kU; ++u) e[u] = _mm512_sub_pd(_mm512_cvtps_pd(_mm256_loadu_ps(x + i + 8 * u)), m);
+    expNeg8<kU>(e);
+    for (int u = 0; u < kU; ++u) acc = _mm512_add_pd(acc, e[u]);
   }
   for (; i < n; i += 8) {
     const __mmask8 k = __mmask8(tailMask(n - i));
-    const __m512d d = _mm512_sub_pd(_mm512_cvtps_pd(_mm256_maskz_loadu_ps(k, x + i)), m);
-    acc = _mm512_add_pd(acc, _mm512_maskz_mov_pd(k, expNeg8(d)));
+    __m512d d = _mm512_sub_pd(_mm512_cvtps_pd(_mm256_maskz_loadu_ps(k, x + i)), m);
+    expNeg8<1>(&d);
+    acc = _mm512_add_pd(acc, _mm512_maskz_mov_pd(k, d));
   }
   alignas(64) double ps[8];
   _mm512_store_pd(ps, acc);
