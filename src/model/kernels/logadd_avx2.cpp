@@ -2,25 +2,14 @@
 // its coefficients with one cross-lane permute per Horner step; tails run the scalar code.
 #include <immintrin.h>
 
-#include "model/kernels/logadd_scalar.h"
+#include "model/kernels/logadd_simd.h"
 
 namespace kels {
 namespace {
 
-// Row 0 the centres, row j + 1 coefficient j; element k holds interval k's value. A 32-bit
-// permute picks from either: doubles through pairs of indices.
-template <class T>
-struct Table {
-  alignas(32) T row[logadd::kDegree + 2][32 / sizeof(T)] = {};
-  constexpr Table() {
-    for (int k = 0; k < 3; ++k) {
-      row[0][k] = T(logadd::kCentre[k]);
-      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
-    }
-  }
-};
-constexpr Table<double> kTable64;
-constexpr Table<float> kTable32;
+// A 32-bit permute picks from a table row: doubles through pairs of indices.
+constexpr CoefTable<double, 4> kTable64;
+constexpr CoefTable<float, 8> kTable32;
 
 // 32-bit permute indices (2k, 2k+1) that fetch double k, from four interval numbers.
 inline __m256i pairIndex(__m128i k) {
@@ -32,14 +21,6 @@ inline __m256d pick(__m256i k, const double* row) {
   return _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_castpd_ps(_mm256_load_pd(row)), k));
 }
 inline __m256 pick(__m256i k, const float* row) { return _mm256_permutevar8x32_ps(_mm256_load_ps(row), k); }
-
-// An empty asm that the register must pass through here. After each Horner step it keeps the
-// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
-// back to back, and the out-of-order window cannot cover several such chains.
-template <class V>
-inline void stepDone(V& v) {
-  asm volatile("" : "+x"(v));
-}
 
 // The lanes' common steps: ordering, d = lo - hi, the interval number; and the final choice
 // between the corrected sum, the floored maximum (dropped correction) and a + b (NaN).

@@ -5,35 +5,15 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <immintrin.h>
 
-#include "model/kernels/logadd_scalar.h"
+#include "model/kernels/logadd_simd.h"
 
 namespace kels {
 namespace {
 
 inline __mmask16 tailMask(int r) { return __mmask16(r >= 16 ? 0xFFFFu : (1u << r) - 1); }
 
-// Row 0 the centres, row j + 1 coefficient j; element k holds interval k's value, built at
-// compile time.
-template <class T>
-struct Table {
-  alignas(64) T row[logadd::kDegree + 2][64 / sizeof(T)] = {};
-  constexpr Table() {
-    for (int k = 0; k < 3; ++k) {
-      row[0][k] = T(logadd::kCentre[k]);
-      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
-    }
-  }
-};
-constexpr Table<double> kTable64;
-constexpr Table<float> kTable32;
-
-// An empty asm that the register must pass through here. After each Horner step it keeps the
-// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
-// back to back, and the out-of-order window cannot cover several such chains.
-template <class V>
-inline void stepDone(V& v) {
-  asm volatile("" : "+v"(v));
-}
+constexpr CoefTable<double, 8> kTable64;
+constexpr CoefTable<float, 16> kTable32;
 
 inline __m512d pick(__m512i k, const double* row) { return _mm512_permutexvar_pd(k, _mm512_load_pd(row)); }
 inline __m512 pick(__m512i k, const float* row) { return _mm512_permutexvar_ps(k, _mm512_load_ps(row)); }

@@ -2,7 +2,7 @@
 // permute, each lane's coefficients are selected with masks; tails run the scalar code.
 #include <emmintrin.h>
 
-#include "model/kernels/logadd_scalar.h"
+#include "model/kernels/logadd_simd.h"
 
 namespace kels {
 namespace {
@@ -20,27 +20,9 @@ inline __m128d pick(const double* c, __m128d ge1, __m128d ge2) {
   return _mm_xor_pd(_mm_xor_pd(c0, _mm_and_pd(ge1, _mm_xor_pd(c0, c1))), _mm_and_pd(ge2, _mm_xor_pd(c1, c2)));
 }
 
-// Row 0 the centres, row j + 1 coefficient j, each as the three intervals' values.
-template <class T>
-struct Table {
-  T row[logadd::kDegree + 2][3] = {};
-  constexpr Table() {
-    for (int k = 0; k < 3; ++k) {
-      row[0][k] = T(logadd::kCentre[k]);
-      for (int j = 0; j <= logadd::kDegree; ++j) row[j + 1][k] = T(sizeof(T) == 8 ? logadd::kCoef64[k][j] : logadd::kCoef32[k][j]);
-    }
-  }
-};
-constexpr Table<double> kTable64;
-constexpr Table<float> kTable32;
-
-// An empty asm that the register must pass through here. After each Horner step it keeps the
-// chains interleaved in program order; without it GCC emits each chain's twenty dependent steps
-// back to back, and the out-of-order window cannot cover several such chains.
-template <class V>
-inline void stepDone(V& v) {
-  asm volatile("" : "+x"(v));
-}
+// Each row as the three intervals' values.
+constexpr CoefTable<double, 3> kTable64;
+constexpr CoefTable<float, 3> kTable32;
 
 // The lanes' common steps: ordering, d = lo - hi, the split masks; and the final choice between
 // the corrected sum, the floored maximum (dropped correction) and a + b (NaN).
