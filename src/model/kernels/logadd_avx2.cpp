@@ -110,16 +110,27 @@ void addRowGroups(const float* a, float* b, int n) {
 void addRow(const float* a, float* b, int n) { addRowGroups<4, Corr64, false>(a, b, n); }
 void addRowFast(const float* a, float* b, int n) { addRowGroups<8, Corr32, true>(a, b, n); }
 
-inline __m256d expNeg4(__m256d d) {
-  const __m256d k = _mm256_round_pd(_mm256_mul_pd(d, _mm256_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  const __m256d r = _mm256_sub_pd(_mm256_sub_pd(d, _mm256_mul_pd(k, _mm256_set1_pd(kLn2Hi))),
-                                  _mm256_mul_pd(k, _mm256_set1_pd(kLn2Lo)));
-  __m256d p = _mm256_set1_pd(kInvFact[kExpDegree]);
-  for (int j = kExpDegree - 1; j >= 0; --j) p = _mm256_add_pd(_mm256_mul_pd(p, r), _mm256_set1_pd(kInvFact[j]));
-  const __m128i ki = _mm_max_epi32(_mm256_cvtpd_epi32(k), _mm_set1_epi32(-1022));
-  const __m256i e = _mm256_slli_epi64(_mm256_add_epi64(_mm256_cvtepi32_epi64(ki), _mm256_set1_epi64x(1023)), 52);
-  const __m256d v = _mm256_mul_pd(p, _mm256_castsi256_pd(e));
-  return _mm256_andnot_pd(_mm256_cmp_pd(d, _mm256_set1_pd(kExpFloor), _CMP_LT_OQ), v);
+// e^d for kU groups of 4 lanes, the arithmetic of expNeg, the groups' Horner steps interleaved.
+template <int kU>
+inline void expNeg4(__m256d* d) {
+  __m256d k[kU], r[kU], p[kU];
+  for (int u = 0; u < kU; ++u) {
+    k[u] = _mm256_round_pd(_mm256_mul_pd(d[u], _mm256_set1_pd(kLog2e)), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+    r[u] = _mm256_sub_pd(_mm256_sub_pd(d[u], _mm256_mul_pd(k[u], _mm256_set1_pd(kLn2Hi))),
+                         _mm256_mul_pd(k[u], _mm256_set1_pd(kLn2Lo)));
+    p[u] = _mm256_set1_pd(kInvFact[kExpDegree]);
+  }
+  for (int j = kExpDegree - 1; j >= 0; --j)
+    for (int u = 0; u < kU; ++u) {
+      p[u] = _mm256_add_pd(_mm256_mul_pd(p[u], r[u]), _mm256_set1_pd(kInvFact[j]));
+      stepDone(p[u]);
+    }
+  for (int u = 0; u < kU; ++u) {
+    const __m128i ki = _mm_max_epi32(_mm256_cvtpd_epi32(k[u]), _mm_set1_epi32(-1022));
+    const __m256i e = _mm256_slli_epi64(_mm256_add_epi64(_mm256_cvtepi32_epi64(ki), _mm256_set1_epi64x(1023)), 52);
+    const __m256d v = _mm256_mul_pd(p[u], _mm256_castsi256_pd(e));
+    d[u] = _mm256_andnot_pd(_mm256_cmp_pd(d[u], _mm256_set1_pd(kExpFloor), _CMP_LT_OQ), v);
+  }
 }
 
 float sum32f(const float* x, int n) {
@@ -133,24 +144,32 @@ float sum32f(const float* x, int n) {
   if (logSumTrivial(top, &out)) return out;
   const __m256d m = _mm256_set1_pd(double(top));
   __m256d a0 = _mm256_setzero_pd(), a1 = _mm256_setzero_pd();
-  // Two blocks per step hide the latency of the Horner chains; added in element order, so each
-  // lane's sum is unchanged.
-  auto expBlock = [&](const float* p, __m256d* lo, __m256d* hi) {
-    const __m256 v = _mm256_loadu_ps(p);
-    *lo = expNeg4(_mm256_sub_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(v)), m));
-    *hi = expNeg4(_mm256_sub_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)), m));
+  // Four blocks of 8 per step, their eight exponentials' Horner steps interleaved; a0 takes the
+  // low four lanes of each block and a1 the high four, in element order, so each lane's sum is
+  // unchanged.
+  constexpr int kBlocks = 4;
+  const auto expBlocks = [&](const float* p, __m256d* e, int blocks) {
+    for (int b = 0; b < blocks; ++b) {
+      const __m256 v = _mm256_loadu_ps(p + 8 * b);
+      e[2 * b] = _mm256_sub_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(v)), m);
+      e[2 * b + 1] = _mm256_sub_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)), m);
+    }
   };
-  for (i = 0; i + 16 <= n; i += 16) {
-    __m256d e0, e1, e2, e3;
-    expBlock(x + i, &e0, &e1);
-    expBlock(x + i + 8, &e2, &e3);
-    a0 = _mm256_add_pd(_mm256_add_pd(a0, e0), e2);
-    a1 = _mm256_add_pd(_mm256_add_pd(a1, e1), e3);
+  for (i = 0; i + 8 * kBlocks <= n; i += 8 * kBlocks) {
+    __m256d e[2 * kBlocks];
+    expBlocks(x + i, e, kBlocks);
+    expNeg4<2 * kBlocks>(e);
+    for (int b = 0; b < kBlocks; ++b) {
+      a0 = _mm256_add_pd(a0, e[2 * b]);
+      a1 = _mm256_add_pd(a1, e[2 * b + 1]);
+    }
   }
   for (; i + 8 <= n; i += 8) {
-    const __m256 v = _mm256_loadu_ps(x + i);
-    a0 = _mm256_add_pd(a0, expNeg4(_mm256_sub_pd(_mm256_cvtps_pd(_mm256_castps256_ps128(v)), m)));
-    a1 = _mm256_add_pd(a1, expNeg4(_mm256_sub_pd(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)), m)));
+    __m256d e[2];
+    expBlocks(x + i, e, 1);
+    expNeg4<2>(e);
+    a0 = _mm256_add_pd(a0, e[0]);
+    a1 = _mm256_add_pd(a1, e[1]);
   }
   alignas(32) double ps[8];
   _mm256_store_pd(ps, a0);
