@@ -1,9 +1,6 @@
 // AVX-512 row-distance kernels (bit-identical to dist.h). Single rows are too short to gain from
 // 512-bit registers: they run the 256-bit code with mask-register tails (many rows at once are
 // in mix_dist_avx512.cpp).
-// GCC 12 reports its own _mm512_undefined_* placeholders in the intrinsic headers.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
 #define KELS_YMM_KMASK 1
 #include "model/kernels/dist_ymm.h"
 

@@ -2,7 +2,9 @@
 // lane picks its coefficients with one permute per Horner step, tails use mask registers.
 // GCC 12 reports its own _mm512_undefined_* placeholders inside the intrinsic headers as
 // maybe-uninitialized; the lanes in question are never read.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 
 #include "model/kernels/logadd_simd.h"

@@ -5,8 +5,10 @@
 // registers: forming 16 terms of a Gaussian at once and regrouping pairs by shuffles, or
 // pairing Gaussians by inserts, both measured slower than the 256-bit kernel here.
 // GCC 12 reports its own _mm512_undefined_* placeholders in the intrinsic headers.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC diagnostic ignored "-Wuninitialized"
+#endif
 #define KELS_YMM_KMASK 1
 #include "model/kernels/mix_dist_ymm.h"
 

@@ -1,8 +1,10 @@
 // Cross-correlation kernels, AVX-512 build.
 // GCC 12's AVX-512 headers start several intrinsics from an undefined value, which its flow
 // analysis reports as (maybe) uninitialised; the value is fully overwritten.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC diagnostic ignored "-Wuninitialized"
+#endif
 
 #include <immintrin.h>
 
