@@ -14,7 +14,7 @@
 #include "core/rows.h"
 #include "core/scale.h"
 #include "model/kernels/dist_kernels.h"
-#include "model/mix_kernels.h"
+#include "model/mix_forms.h"
 
 namespace kels {
 
@@ -70,15 +70,8 @@ struct FloatScore {
     return g - Acc(0.5) * sumOf<V, Acc>(k, x, mu, w, n);
   }
   void rows(model::RowSrc<T> x, const T* mu, const T* w, int n, int count, Acc* r) const {
-    const model::MixDistKernels& mk = model::mixDistKernels();
-    const auto dist = V == Var::kInv ? mk.wsd32f : mk.sd32f;
-    constexpr int kBlock = 64;
-    float s[kBlock];
-    for (int j0 = 0; j0 < count; j0 += kBlock) {
-      const int c = std::min(kBlock, count - j0);
-      dist(model::advance(x, j0), model::fixedRow(mu), model::fixedRow(w), n, c, s);
-      for (int j = 0; j < c; ++j) r[j0 + j] = g - 0.5f * s[j];
-    }
+    model::forEachDistance(model::Form32f<V == Var::kInv>{}, x, model::fixedRow(mu), model::fixedRow(w), n, count,
+                           [&](int j, float s) { r[j] = g - 0.5f * s; });
   }
 };
 

@@ -76,19 +76,6 @@ KelsStatus checkMixture(const E* x, const Rows& mean, const Rows& var, bool weig
             kelErrNullPtr);
 }
 
-// Calls fn(j, S_j) for the `count` rows, in order, a block of distances at a time.
-template <class Form, class Fn>
-void forEachDistance(const Form& f, RowSrc<typename Form::Elem> x, RowSrc<typename Form::Elem> m,
-                     RowSrc<typename Form::Elem> w, int n, int count, Fn fn) {
-  constexpr int kBlock = 64;
-  typename Form::Dist s[kBlock];
-  for (int j0 = 0; j0 < count; j0 += kBlock) {
-    const int c = std::min(kBlock, count - j0);
-    f.dist(advance(x, j0), advance(m, j0), advance(w, j0), n, c, s);
-    for (int j = 0; j < c; ++j) fn(j0 + j, s[j]);
-  }
-}
-
 // dst[j] <- LogAdd(dst[j], score[j]): float results a row at a time on the active target.
 template <class Form>
 void logAddInto(const Form& f, const typename Form::Res* score, typename Form::Res* dst, int n) {

@@ -1,6 +1,7 @@
 // Score forms of the mixture families: how a row distance S becomes a log-likelihood
 // r = g - 1/2 * S in each element type and weight form, and how such a score enters and leaves
-// the log domain when scores are log-added. W: weights present (false for identity variance).
+// the log domain when scores are log-added; and the loop that hands a form's row distances to
+// its family a block at a time. W: weights present (false for identity variance).
 #pragma once
 
 #include <algorithm>
@@ -146,5 +147,18 @@ struct FormLow16s32f {
     return lowSplitApplies(sf) ? fn(FormLowSplit<W, Kels32f>{sf}) : fn(FormScaled16s32f<W>{sf});
   }
 };
+
+// Calls fn(j, S_j) for the `count` rows, in order, a block of distances at a time.
+template <class Form, class Fn>
+void forEachDistance(const Form& f, RowSrc<typename Form::Elem> x, RowSrc<typename Form::Elem> m,
+                     RowSrc<typename Form::Elem> w, int n, int count, Fn fn) {
+  constexpr int kBlock = 64;
+  typename Form::Dist s[kBlock];
+  for (int j0 = 0; j0 < count; j0 += kBlock) {
+    const int c = std::min(kBlock, count - j0);
+    f.dist(advance(x, j0), advance(m, j0), advance(w, j0), n, c, s);
+    for (int j = 0; j < c; ++j) fn(j0 + j, s[j]);
+  }
+}
 
 }  // namespace kels::model
