@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "core/alloc.h"
@@ -18,17 +19,10 @@
 namespace kels::test::mixture {
 namespace {
 
-template <class E_, class R_>
-struct Set {
-  using E = E_;
-  using R = R_;
-  static const auto& members() { return mixture::members<E, R>(); }
-  static std::vector<int> sfs() { return sizeof(E) == 2 ? std::vector<int>{0, 3, -1, 9, 17} : std::vector<int>{0}; }
-};
-
-template <class S>
+template <class P>
 class MixtureMembers : public ::testing::Test {};
-using Sets = ::testing::Types<Set<Kels32f, Kels32f>, Set<Kels64f, Kels64f>, Set<Kels16s, Kels32f>, Set<Kels16s, Kels32s>>;
+using Sets = ::testing::Types<std::pair<Kels32f, Kels32f>, std::pair<Kels64f, Kels64f>, std::pair<Kels16s, Kels32f>,
+                              std::pair<Kels16s, Kels32s>>;
 TYPED_TEST_SUITE(MixtureMembers, Sets);
 
 template <class E, class R>
@@ -101,10 +95,10 @@ std::vector<Ref> expected(const Member<E, R>& mb, Problem<E, R>& p, const std::v
 // not closeness: every target, every offset, _D2 and _D2L (rows scattered and misaligned) give
 // what the scalar kernel gave.
 TYPED_TEST(MixtureMembers, MatchReferenceAndSameBitsEverywhere) {
-  using E = typename TypeParam::E;
-  using R = typename TypeParam::R;
-  const auto& all = TypeParam::members();
-  const auto sfs = TypeParam::sfs();
+  using E = typename TypeParam::first_type;
+  using R = typename TypeParam::second_type;
+  const auto& all = members<E, R>();
+  const std::vector<int> sfs = sizeof(E) == 2 ? std::vector<int>{0, 3, -1, 9, 17} : std::vector<int>{0};
   for (const auto& mb : all) {
     if (mb.d2l) continue;
     const std::string lname = std::string(mb.name).replace(std::string(mb.name).rfind("_D2"), 3, "_D2L");
@@ -151,11 +145,11 @@ TYPED_TEST(MixtureMembers, MatchReferenceAndSameBitsEverywhere) {
 
 // Rejections return the first failing check of the family's order and write nothing.
 TYPED_TEST(MixtureMembers, RejectInOrderAndWriteNothing) {
-  using E = typename TypeParam::E;
-  using R = typename TypeParam::R;
+  using E = typename TypeParam::first_type;
+  using R = typename TypeParam::second_type;
   using A = Args<E, R>;
   Rng rng(3);
-  for (const auto& mb : TypeParam::members()) {
+  for (const auto& mb : members<E, R>()) {
     const bool mixture = mb.family == Family::kMixture;
     const bool d2 = !mb.d2l;
     // Step first in the fast _D2 families; Mixture checks pointers before the step.
@@ -191,9 +185,9 @@ TYPED_TEST(MixtureMembers, RejectInOrderAndWriteNothing) {
 // allocation reports kelErrNullPtr (Mixture: kelErrMemAlloc) and writes nothing. Rows are
 // independent, so 100 and 101 rows agree on the first 100.
 TYPED_TEST(MixtureMembers, ScratchOnTheStackUpTo100) {
-  using E = typename TypeParam::E;
-  using R = typename TypeParam::R;
-  for (const auto& mb : TypeParam::members()) {
+  using E = typename TypeParam::first_type;
+  using R = typename TypeParam::second_type;
+  for (const auto& mb : members<E, R>()) {
     const bool add = mb.family == Family::kAdd || mb.family == Family::kAddMultiMix;
     if (!add && mb.family != Family::kMixture) continue;
     Rng rng(5);
@@ -224,10 +218,10 @@ TYPED_TEST(MixtureMembers, ScratchOnTheStackUpTo100) {
 
 // A score equal to the held value keeps the held one: +0 does not replace -0.
 TYPED_TEST(MixtureMembers, MaxKeepsTheOldValueOnTies) {
-  using E = typename TypeParam::E;
-  using R = typename TypeParam::R;
+  using E = typename TypeParam::first_type;
+  using R = typename TypeParam::second_type;
   if constexpr (std::is_floating_point_v<R>) {
-    for (const auto& mb : TypeParam::members()) {
+    for (const auto& mb : members<E, R>()) {
       if (mb.family != Family::kMax && mb.family != Family::kMaxMultiMix) continue;
       Rng rng(9);
       Problem<E, R> p(rng, 6, 3, 0, 0);

@@ -48,86 +48,76 @@ struct Member {
   }
 };
 
-#define MEMBER(fn, ...) {#fn, [](A& a) { return fn(__VA_ARGS__); }}
+// Each calling convention written once; the overload is chosen by the exact signature, and
+// WITH_SF appends the scale factor.
+#define WITH_SF(...) (__VA_ARGS__, int)
+#define SHAPE(params, ...)                                                              \
+  static KelsStatus run(KelsStatus(KELS_CALL* f) params, A& a) { return f(__VA_ARGS__); } \
+  static KelsStatus run(KelsStatus(KELS_CALL* f) WITH_SF params, A& a) { return f(__VA_ARGS__, a.sf); }
+
+template <class S, class D>
+struct Shapes {
+  using A = Args<S, D>;
+  using P = const S*;
+  using L = const S**;
+  SHAPE((P, P, P, int, D*, D), a.x, a.mu, a.w, a.n, a.dst, a.g)
+  SHAPE((P, P, int, D*, D), a.x, a.mu, a.n, a.dst, a.g)
+  SHAPE((P, int, P, P, int, D*, int, D), a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g)
+  SHAPE((P, int, P, int, D*, int, D), a.x, a.step, a.mu, a.n, a.dst, a.m, a.g)
+  SHAPE((L, P, P, int, D*, int, D), a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g)
+  SHAPE((L, P, int, D*, int, D), a.rows, a.mu, a.n, a.dst, a.m, a.g)
+  template <auto F> static KelsStatus call(A& a) { return run(F, a); }
+};
+
+#define M(fn) {#fn, &Shapes<S, D>::template call<fn>}
 
 template <class S, class D>
 std::vector<Member<S, D>> members() {
-  using A = Args<S, D>;
   using P = std::pair<S, D>;
   if constexpr (std::is_same_v<P, std::pair<Kels32f, Kels32f>>) {
     return {
-        MEMBER(kelsLogGaussSingle_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_IdVar_32f, a.x, a.mu, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_IdVar_32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_IdVar_32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_DirectVar_32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+      M(kelsLogGaussSingle_32f), M(kelsLogGauss_32f_D2), M(kelsLogGauss_32f_D2L),
+      M(kelsLogGaussSingle_IdVar_32f), M(kelsLogGauss_IdVar_32f_D2), M(kelsLogGauss_IdVar_32f_D2L),
+      M(kelsLogGaussSingle_DirectVar_32f),
     };
   } else if constexpr (std::is_same_v<P, std::pair<Kels64f, Kels64f>>) {
     return {
-        MEMBER(kelsLogGaussSingle_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_64f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_64f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_IdVar_64f, a.x, a.mu, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_IdVar_64f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_IdVar_64f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_DirectVar_64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+      M(kelsLogGaussSingle_64f), M(kelsLogGauss_64f_D2), M(kelsLogGauss_64f_D2L),
+      M(kelsLogGaussSingle_IdVar_64f), M(kelsLogGauss_IdVar_64f_D2), M(kelsLogGauss_IdVar_64f_D2L),
+      M(kelsLogGaussSingle_DirectVar_64f),
     };
   } else if constexpr (std::is_same_v<P, std::pair<Kels32f, Kels64f>>) {
     return {
-        MEMBER(kelsLogGaussSingle_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGaussSingle_IdVar_32f64f, a.x, a.mu, a.n, a.dst, a.g),
-        MEMBER(kelsLogGaussSingle_DirectVar_32f64f, a.x, a.mu, a.w, a.n, a.dst, a.g),
+      M(kelsLogGaussSingle_32f64f), M(kelsLogGaussSingle_IdVar_32f64f), M(kelsLogGaussSingle_DirectVar_32f64f),
     };
   } else if constexpr (std::is_same_v<P, std::pair<Kels16s, Kels32f>>) {
     return {
-        MEMBER(kelsLogGaussSingle_DirectVar_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGaussSingle_DirectVarScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_Scaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_Scaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_Scaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_IdVar_16s32f, a.x, a.mu, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_IdVar_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_IdVar_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_IdVarScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_LowScaled_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_LowScaled_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_LowScaled_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_IdVarLowScaled_16s32f, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarLowScaled_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_Low_16s32f, a.x, a.mu, a.w, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_Low_16s32f_D2, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_Low_16s32f_D2L, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGaussSingle_IdVarLow_16s32f, a.x, a.mu, a.n, a.dst, a.g),
-        MEMBER(kelsLogGauss_IdVarLow_16s32f_D2, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g),
-        MEMBER(kelsLogGauss_IdVarLow_16s32f_D2L, a.rows, a.mu, a.n, a.dst, a.m, a.g),
+      M(kelsLogGaussSingle_DirectVar_16s32f), M(kelsLogGaussSingle_DirectVarScaled_16s32f),
+      M(kelsLogGaussSingle_16s32f), M(kelsLogGauss_16s32f_D2), M(kelsLogGauss_16s32f_D2L),
+      M(kelsLogGaussSingle_Scaled_16s32f), M(kelsLogGauss_Scaled_16s32f_D2), M(kelsLogGauss_Scaled_16s32f_D2L),
+      M(kelsLogGaussSingle_IdVar_16s32f), M(kelsLogGauss_IdVar_16s32f_D2), M(kelsLogGauss_IdVar_16s32f_D2L),
+      M(kelsLogGaussSingle_IdVarScaled_16s32f), M(kelsLogGauss_IdVarScaled_16s32f_D2),
+      M(kelsLogGauss_IdVarScaled_16s32f_D2L), M(kelsLogGaussSingle_LowScaled_16s32f),
+      M(kelsLogGauss_LowScaled_16s32f_D2), M(kelsLogGauss_LowScaled_16s32f_D2L),
+      M(kelsLogGaussSingle_IdVarLowScaled_16s32f), M(kelsLogGauss_IdVarLowScaled_16s32f_D2),
+      M(kelsLogGauss_IdVarLowScaled_16s32f_D2L), M(kelsLogGaussSingle_Low_16s32f),
+      M(kelsLogGauss_Low_16s32f_D2), M(kelsLogGauss_Low_16s32f_D2L), M(kelsLogGaussSingle_IdVarLow_16s32f),
+      M(kelsLogGauss_IdVarLow_16s32f_D2), M(kelsLogGauss_IdVarLow_16s32f_D2L),
     };
   } else if constexpr (std::is_same_v<P, std::pair<Kels16s, Kels32s>>) {
     return {
-        MEMBER(kelsLogGaussSingle_DirectVar_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_IdVar_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVar_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVar_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_Low_16s32s_Sfs, a.x, a.mu, a.w, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_Low_16s32s_D2Sfs, a.x, a.step, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_Low_16s32s_D2LSfs, a.rows, a.mu, a.w, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGaussSingle_IdVarLow_16s32s_Sfs, a.x, a.mu, a.n, a.dst, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarLow_16s32s_D2Sfs, a.x, a.step, a.mu, a.n, a.dst, a.m, a.g, a.sf),
-        MEMBER(kelsLogGauss_IdVarLow_16s32s_D2LSfs, a.rows, a.mu, a.n, a.dst, a.m, a.g, a.sf),
+      M(kelsLogGaussSingle_DirectVar_16s32s_Sfs), M(kelsLogGaussSingle_16s32s_Sfs),
+      M(kelsLogGauss_16s32s_D2Sfs), M(kelsLogGauss_16s32s_D2LSfs), M(kelsLogGaussSingle_IdVar_16s32s_Sfs),
+      M(kelsLogGauss_IdVar_16s32s_D2Sfs), M(kelsLogGauss_IdVar_16s32s_D2LSfs),
+      M(kelsLogGaussSingle_Low_16s32s_Sfs), M(kelsLogGauss_Low_16s32s_D2Sfs), M(kelsLogGauss_Low_16s32s_D2LSfs),
+      M(kelsLogGaussSingle_IdVarLow_16s32s_Sfs), M(kelsLogGauss_IdVarLow_16s32s_D2Sfs),
+      M(kelsLogGauss_IdVarLow_16s32s_D2LSfs),
     };
   }
 }
 
-#undef MEMBER
+#undef M
+#undef SHAPE
+#undef WITH_SF
 
 }  // namespace kels::test

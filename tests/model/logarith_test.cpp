@@ -32,6 +32,12 @@ Ref refLogSum(const std::vector<Ref>& v) {
   return m + std::log(s);
 }
 Ref ulpOf(float v) { return std::nextafter(std::fabs(v), INFINITY) - std::fabs(v); }
+// s moved |k| floats up (k > 0) or down.
+float nudge(float s, int k) {
+  for (int j = 0; j < std::abs(k); ++j) s = std::nextafter(s, k < 0 ? -INFINITY : INFINITY);
+  return s;
+}
+const float kSplits[] = {-6.8f, -2.55f, -15.319588f, 0.0f};  // interval splits, drop threshold, d = 0
 
 // Every float d from the drop threshold up to 0 would be 2^30 points; a grid of 400001 plus
 // both sides of each interval split covers each polynomial densely.
@@ -39,12 +45,9 @@ std::vector<float> grid() {
   std::vector<float> g;
   const float lo = -15.319588f;
   for (int i = 0; i <= 400000; ++i) g.push_back(lo * (1 - i / 400000.0f));
-  for (float s : {-6.8f, -2.55f, lo, 0.0f})
-    for (int k = -3; k <= 3; ++k) {
-      float v = s;
-      for (int j = 0; j < std::abs(k); ++j) v = std::nextafter(v, k < 0 ? -INFINITY : INFINITY);
-      if (v >= lo && v <= 0) g.push_back(v);
-    }
+  for (float s : kSplits)
+    for (int k = -3; k <= 3; ++k)
+      if (const float v = nudge(s, k); v >= lo && v <= 0) g.push_back(v);
   return g;
 }
 
@@ -336,17 +339,13 @@ TEST(LogTargets, IdenticalBitsOnEveryTargetAndAlignment) {
 // and at every position of the vector kernels' groups and tails.
 TEST(LogTargets, SplitsAndSpecialPairsSameBits) {
   std::vector<float> av, bv;
-  for (float s : {-6.8f, -2.55f, -15.319588f, 0.0f})
-    for (int k = -4; k <= 4; ++k) {
-      float d = s;
-      for (int j = 0; j < std::abs(k); ++j) d = std::nextafter(d, k < 0 ? -INFINITY : INFINITY);
+  for (float s : kSplits)
+    for (int k = -4; k <= 4; ++k)
       for (float hi : {0.0f, 3.25f, -7.5f, -4.6e6f}) {
-        av.push_back(hi);
-        bv.push_back(hi + d);
-        av.push_back(d - hi);  // the other order, hi elsewhere
-        bv.push_back(-hi);
+        const float d = nudge(s, k);
+        av.insert(av.end(), {hi, d - hi});  // then the other order, hi elsewhere
+        bv.insert(bv.end(), {hi + d, -hi});
       }
-    }
   const float inf = INFINITY, nan = NAN;
   const float special[][2] = {{0.0f, -0.0f}, {-0.0f, 0.0f}, {nan, 1.0f}, {1.0f, nan}, {nan, nan},
                               {inf, inf},    {-inf, -inf},  {inf, -inf}, {-inf, inf}, {-inf, 5.0f},
