@@ -18,19 +18,16 @@ constexpr int kDim = 3, kComp = 3, kFrames = 6000;
 constexpr int kCols = kDim + 1;  // features and a column of ones, whose weighted sum is the occupation
 
 // The generating mixture; the model being trained has the same layout.
-struct Model {
-  std::vector<float> mean, var, weight;
-};
+struct Model { std::vector<float> mean, var, weight; };
 const Model kTruth{{-4, 0, 1, 3, 3, -2, 3, -3, 0.5f}, {1, 0.5f, 2, 0.5f, 2, 1, 1.5f, 1, 0.25f}, {0.3f, 0.25f, 0.45f}};
 
 // Frame log-likelihoods and per-component posteriors (component-major) under the model.
 double expectation(const Model& m, const std::vector<float>& x, std::vector<float>& post) {
   std::vector<float> inv(kComp * kDim), g(kComp), comp(kComp);
   for (int k = 0; k < kComp * kDim; ++k) inv[k] = 1.0f / m.var[k];
-  for (int j = 0; j < kComp; ++j) {
-    float gconst = 0;
-    EXPECT_EQ(kelOk, kelsUpdateGConst_DirectVar_32f(&m.var[j * kDim], kDim, &gconst));
-    g[j] = std::log(m.weight[j]) - 0.5f * gconst;  // the weight's log rides in the constant
+  for (int j = 0; j < kComp; ++j) {  // the weight's log rides in the constant
+    EXPECT_EQ(kelOk, kelsUpdateGConst_DirectVar_32f(&m.var[j * kDim], kDim, &g[j]));
+    g[j] = std::log(m.weight[j]) - 0.5f * g[j];
   }
   double total = 0;
   for (int t = 0; t < kFrames; ++t) {
@@ -71,9 +68,9 @@ TEST(EndToEnd, EmTrainingRecoversTheGeneratingMixture) {
   for (int t = 0; t < kFrames; ++t) {
     const double u = rng.uniform(0, 1);
     const int j = u < truth.weight[0] ? 0 : u < truth.weight[0] + truth.weight[1] ? 1 : 2;
-    for (int k = 0; k < kDim; ++k)
-      x[std::size_t(t) * kCols + k] = float(rng.normal(truth.mean[j * kDim + k], std::sqrt(truth.var[j * kDim + k])));
-    x[std::size_t(t) * kCols + kDim] = 1.0f;
+    float* row = &x[std::size_t(t) * kCols];
+    for (int k = 0; k < kDim; ++k) row[k] = float(rng.normal(truth.mean[j * kDim + k], std::sqrt(truth.var[j * kDim + k])));
+    row[kDim] = 1.0f;
   }
   // A poor start: means huddled near the origin, unit variances, equal weights.
   Model m{truth.mean, std::vector<float>(kComp * kDim, 1.0f), std::vector<float>(kComp, 1.0f / kComp)};
@@ -93,9 +90,8 @@ TEST(EndToEnd, EmTrainingRecoversTheGeneratingMixture) {
     const double n = kFrames * truth.weight[j];
     EXPECT_NEAR(m.weight[j], truth.weight[j], 4 * std::sqrt(truth.weight[j] * (1 - truth.weight[j]) / kFrames));
     for (int k = j * kDim; k < (j + 1) * kDim; ++k) {
-      const double v = truth.var[k];
-      EXPECT_NEAR(m.mean[k], truth.mean[k], 4 * std::sqrt(v / n) + 1e-3) << k;
-      EXPECT_NEAR(m.var[k], v, 4 * v * std::sqrt(2 / n) + 1e-3) << k;
+      EXPECT_NEAR(m.mean[k], truth.mean[k], 4 * std::sqrt(truth.var[k] / n) + 1e-3) << k;
+      EXPECT_NEAR(m.var[k], truth.var[k], 4 * truth.var[k] * std::sqrt(2 / n) + 1e-3) << k;
     }
   }
 }

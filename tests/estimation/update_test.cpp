@@ -16,11 +16,7 @@
 namespace kels::test {
 namespace {
 
-template <class T> std::uint64_t bitsOf(T x) {
-  std::uint64_t b = 0;
-  std::memcpy(&b, &x, sizeof x);
-  return b;
-}
+template <class T> std::uint64_t bitsOf(T x) { std::uint64_t b = 0; std::memcpy(&b, &x, sizeof x); return b; }
 
 template <class T> struct Ops;
 template <> struct Ops<float> {
@@ -213,8 +209,7 @@ TEST(OutProbPreCalc, HalvesTheSecondVectorAndTheIntegerShiftWraps) {
   EXPECT_TRUE(dd[1] == -0.5 && dd[0] == bdi[0] && dd[1] == bdi[1]);
   // -3 >> 1 = -2; results below -2^31 and above 2^31 - 1 wrap.
   const Kels32s ai[5] = {10, 10, INT32_MIN, INT32_MAX, 0}, bs[5] = {-3, 3, 2, -2, INT32_MIN};
-  Kels32s di[5], bsi[5];
-  std::memcpy(bsi, bs, sizeof bs);
+  Kels32s di[5], bsi[5] = {-3, 3, 2, -2, INT32_MIN};
   ASSERT_EQ(kelOk, kelsOutProbPreCalc_32s(ai, bs, di, 5));
   EXPECT_EQ(std::vector<Kels32s>(di, di + 5), (std::vector<Kels32s>{12, 9, INT32_MAX, INT32_MIN, 1 << 30}));
   ASSERT_EQ(kelOk, kelsOutProbPreCalc_32s_I(ai, bsi, 5));

@@ -19,8 +19,8 @@ namespace {
 
 template <class E>
 struct Params {
-  E s1, s2;                // scalar scales
-  std::vector<E> m1, m2;   // per-coefficient multipliers of the Mul members
+  E s1, s2;               // scalar scales
+  std::vector<E> m1, m2;  // per-coefficient multipliers of the Mul members
   int sf;
   const E* mul1() const { return m1.empty() ? nullptr : m1.data(); }
   const E* mul2() const { return m2.empty() ? nullptr : m2.data(); }
@@ -45,13 +45,9 @@ std::vector<StreamMember<Kels32f>> floatMembers() {
   using D = Kels32f*;
   return {
       {"Delta_Win1", 1, 0, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDelta_Win1_32f_D2(s, w, d, S, T, p.s1, f); }},
-      {"DeltaW1", 1, 0, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaW1_32f_D2(s, w, d, S, T, p.s1, f); }},
       {"Delta_Win2", 2, 0, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDelta_Win2_32f_D2(s, w, d, S, T, p.s1, f); }},
-      {"DeltaW2", 2, 0, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaW2_32f_D2(s, w, d, S, T, p.s1, f); }},
       {"DeltaDelta_Win1", 1, 1, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaDelta_Win1_32f_D2(s, w, d, S, T, p.s1, p.s2, f); }},
-      {"DeltaDeltaW1", 1, 1, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaDeltaW1_32f_D2(s, w, d, S, T, p.s1, p.s2, f); }},
       {"DeltaDelta_Win2", 2, 2, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaDelta_Win2_32f_D2(s, w, d, S, T, p.s1, p.s2, f); }},
-      {"DeltaDeltaW2", 2, 2, false, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaDeltaW2_32f_D2(s, w, d, S, T, p.s1, p.s2, f); }},
       {"DeltaMul_Win1", 1, 0, true, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaMul_Win1_32f_D2(s, w, d, S, T, p.mul1(), f); }},
       {"DeltaMul_Win2", 2, 0, true, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaMul_Win2_32f_D2(s, w, d, S, T, p.mul1(), f); }},
       {"DeltaDeltaMul_Win1", 1, 1, true, [](C s, int w, D d, int S, int T, int f, P p) { return kelsDeltaDeltaMul_Win1_32f_D2(s, w, d, S, T, p.mul1(), p.mul2(), f); }},
@@ -79,9 +75,9 @@ std::vector<StreamMember<Kels16s>> fixedMembers() {
   };
 }
 
-template <class E> std::vector<StreamMember<E>> members();
-template <> std::vector<StreamMember<Kels32f>> members() { return floatMembers(); }
-template <> std::vector<StreamMember<Kels16s>> members() { return fixedMembers(); }
+template <class E> std::vector<StreamMember<E>> members() {
+  if constexpr (std::is_same_v<E, Kels32f>) return floatMembers(); else return fixedMembers();
+}
 
 template <class E>
 Params<E> params(Rng& rng, int w) {
@@ -95,8 +91,7 @@ Params<E> params(Rng& rng, int w) {
 
 template <class E>
 std::vector<E> frames(Rng& rng, int T, int w) {
-  if constexpr (std::is_same_v<E, Kels32f>) return rng.uniformVec<Kels32f>(std::size_t(T) * w, -1, 1);
-  else return rng.uniformVec<Kels16s>(std::size_t(T) * w, -20000, 20000);
+  return std::is_same_v<E, Kels32f> ? rng.uniformVec<E>(std::size_t(T) * w, -1, 1) : rng.uniformVec<E>(std::size_t(T) * w, -20000, 20000);
 }
 
 // Whole-utterance reference, rows of statics, deltas and delta-deltas. Ends replicated; a
@@ -124,8 +119,13 @@ std::vector<Ref> reference(const std::vector<E>& x, int T, int w, const StreamMe
   return out;
 }
 
-template <class T>
-class DeltaStream : public ::testing::Test {};
+// The W1/W2 names are the same entry points as the _Win1/_Win2 ones.
+TEST(DeltaAliases, SameEntryPoints) {
+  EXPECT_TRUE((void*)&kelsDeltaW1_32f_D2 == (void*)&kelsDelta_Win1_32f_D2 && (void*)&kelsDeltaW2_32f_D2 == (void*)&kelsDelta_Win2_32f_D2);
+  EXPECT_TRUE((void*)&kelsDeltaDeltaW1_32f_D2 == (void*)&kelsDeltaDelta_Win1_32f_D2 && (void*)&kelsDeltaDeltaW2_32f_D2 == (void*)&kelsDeltaDelta_Win2_32f_D2);
+}
+
+template <class T> class DeltaStream : public ::testing::Test {};
 using ElementTypes = ::testing::Types<Kels32f, Kels16s>;
 TYPED_TEST_SUITE(DeltaStream, ElementTypes);
 
@@ -140,8 +140,7 @@ TYPED_TEST(DeltaStream, OneCallMatchesReferenceAndAnySplitGivesTheSameRows) {
   for (const auto& m : members<E>()) {
     const int P = m.overlap();
     for (int w : {1, 3, 8, 13}) {
-      for (int T : {P, P + 1, 2 * P + 3, 40, P * rng.integer(2, 5) + rng.integer(0, 2 * P),
-                    P * rng.integer(2, 5) + rng.integer(0, 2 * P), P * rng.integer(2, 5) + rng.integer(0, 2 * P)}) {
+      for (int T : {P, P + 1, 2 * P + 3, 40, P * rng.integer(2, 5) + rng.integer(0, 2 * P)}) {
         const Params<E> p = params<E>(rng, w);
         const auto x = frames<E>(rng, T, w);
         const int S = m.cols() * w + kPad;
@@ -150,15 +149,11 @@ TYPED_TEST(DeltaStream, OneCallMatchesReferenceAndAnySplitGivesTheSameRows) {
         const auto ref = reference(x, T, w, m, p);
         for (std::size_t k = 0; k < whole.size(); ++k) {
           const std::size_t t = k / S, c = k % S;
-          const std::string where = m.name + " w " + std::to_string(w) + " T " + std::to_string(T) + " index " + std::to_string(k);
-          if (t >= std::size_t(T) || c >= std::size_t(m.cols() * w)) {
-            ASSERT_EQ(whole[k], E(77)) << where;
-          } else if constexpr (std::is_same_v<E, Kels32f>) {
-            const Ref want = ref[t * m.cols() * w + c];
-            ASSERT_NEAR(whole[k], want, 1e-4L * (1 + std::fabs(want))) << where;
-          } else {
-            ASSERT_EQ(Ref(whole[k]), ref[t * m.cols() * w + c]) << where;
-          }
+          const bool outside = t >= std::size_t(T) || c >= std::size_t(m.cols() * w);
+          const Ref want = outside ? Ref(77) : ref[t * m.cols() * w + c];  // integer references are exact
+          const Ref tol = std::is_same_v<E, Kels16s> || outside ? 0 : 1e-4L * (1 + std::fabs(want));
+          ASSERT_NEAR(whole[k], want, tol)
+              << m.name << " w " << w << " T " << T << " index " << k;
         }
         std::vector<E> split(whole.size(), E(77));
         int done = 0, rowAt = 0, calls = 0;  // frames consumed; destination row of this call
@@ -243,22 +238,17 @@ struct EvalMember {
   std::function<KelsStatus(E*, int, int, int, int, int, const Params<E>&)> call;
 };
 
-template <class E> std::vector<EvalMember<E>> evalMembers();
-template <>
-std::vector<EvalMember<Kels32f>> evalMembers() {
-  using P = const Params<Kels32f>&;
-  return {{"EvalDelta_32f", false, [](Kels32f* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDelta_32f_D2(b, T, S, w, off, W, p.s1); }},
-          {"EvalDeltaMul_32f", true, [](Kels32f* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDeltaMul_32f_D2(b, T, S, w, off, W, p.mul1()); }}};
-}
-template <>
-std::vector<EvalMember<Kels16s>> evalMembers() {
-  using P = const Params<Kels16s>&;
-  return {{"EvalDelta_16s", false, [](Kels16s* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDelta_16s_D2Sfs(b, T, S, w, off, W, p.s1, p.sf); }},
-          {"EvalDeltaMul_16s", true, [](Kels16s* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDeltaMul_16s_D2Sfs(b, T, S, w, off, W, p.mul1(), p.sf); }}};
+template <class E> std::vector<EvalMember<E>> evalMembers() {
+  using P = const Params<E>&;
+  if constexpr (std::is_same_v<E, Kels32f>)
+    return {{"EvalDelta_32f", false, [](E* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDelta_32f_D2(b, T, S, w, off, W, p.s1); }},
+            {"EvalDeltaMul_32f", true, [](E* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDeltaMul_32f_D2(b, T, S, w, off, W, p.mul1()); }}};
+  else
+    return {{"EvalDelta_16s", false, [](E* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDelta_16s_D2Sfs(b, T, S, w, off, W, p.s1, p.sf); }},
+            {"EvalDeltaMul_16s", true, [](E* b, int T, int S, int w, int off, int W, P p) { return kelsEvalDeltaMul_16s_D2Sfs(b, T, S, w, off, W, p.mul1(), p.sf); }}};
 }
 
-template <class T>
-class EvalDelta : public ::testing::Test {};
+template <class T> class EvalDelta : public ::testing::Test {};
 TYPED_TEST_SUITE(EvalDelta, ElementTypes);
 
 // Reference with the deliberate edge rule: rows t < W take row 0 for every backward term, rows
@@ -289,11 +279,8 @@ TYPED_TEST(EvalDelta, MatchesReferenceWithItsEdgeRuleAndWritesOnlyDeltas) {
                 s += tau * (Ref(before[std::size_t(f) * S + off + i]) - Ref(before[std::size_t(b) * S + off + i]));
               }
               const Ref want = s * (m.mul ? Ref(p.m1[std::size_t(i)]) : Ref(p.s1));
-              if constexpr (std::is_same_v<E, Kels32f>) {
-                ASSERT_NEAR(block[k], want, 1e-4L * (1 + std::fabs(want))) << m.name << " W " << W << " T " << T << " row " << t;
-              } else {
-                ASSERT_EQ(block[k], refScaleRound<Kels16s>(want, p.sf)) << m.name << " W " << W << " T " << T << " row " << t;
-              }
+              if constexpr (std::is_same_v<E, Kels32f>) ASSERT_NEAR(block[k], want, 1e-4L * (1 + std::fabs(want))) << m.name << " W " << W << " T " << T << " row " << t;
+              else ASSERT_EQ(block[k], refScaleRound<Kels16s>(want, p.sf)) << m.name << " W " << W << " T " << T << " row " << t;
             }
           }
         }
