@@ -78,8 +78,8 @@ TEST(MelBankBuild, EveryRefusedAllocationIsReported) {
       [&](KelsMelFBank_32f** o) { return kelsMelFBankInitAlloc_32f(o, &order, 512, 16000, 64, 8000, 23, 2595, 700, 6); }, 7);
   everyAllocationFailure<KelsMelFBank_16s>(
       [&](KelsMelFBank_16s** o) { return kelsMelFBankInitAlloc_16s(o, &order, 512, 16000, 64, 8000, 23, 2595, 700, 6); }, 9);
-  everyAllocationFailure<KelsMelFBank_32f>([&](KelsMelFBank_32f** o) { return kelsMelFBankInitAllocLow_Aurora_32f(o); }, 5);
-  everyAllocationFailure<KelsMelFBank_16s>([&](KelsMelFBank_16s** o) { return kelsMelFBankInitAllocHigh_Aurora_16s(o); }, 6);
+  everyAllocationFailure<KelsMelFBank_32f>(kelsMelFBankInitAllocLow_Aurora_32f, 5);
+  everyAllocationFailure<KelsMelFBank_16s>(kelsMelFBankInitAllocHigh_Aurora_16s, 6);
   everyAllocationFailure<KelsMelFBank_32f>([&](KelsMelFBank_32f** o) { return kelsEmptyFBankInitAlloc_32f(o, &order, 64, 4, 4); }, 7);
   everyAllocationFailure<KelsMelFBank_32f>(
       [&](KelsMelFBank_32f** o) { return kelsMelLinFBankInitAlloc_32f(o, &order, 512, 16000, 64, 8000, 23, 5, 1000, 2595, 700, 2); }, 5);
