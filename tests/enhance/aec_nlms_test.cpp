@@ -45,7 +45,7 @@ struct Taps {
   std::vector<const Kels32sc*> crows;
 };
 
-TEST(AecFilter, CopiesAndRoundsTiesToEven) {
+TEST(AecFilter, RoundsTiesToEvenAndClampsTheAccumulator) {
   Taps x(1, 6), h(1, 6);
   x.data[0] = {{3, 5}, {-3, -5}, {7, 1}, {INT32_MAX, INT32_MIN}, {0, 0}, {1, -1}};
   h.data[0].assign(6, {1, 0});
