@@ -3,11 +3,8 @@
 // quirk, and every check order with nothing written on failure.
 #include <gtest/gtest.h>
 
-#include <cfloat>
-#include <cmath>
 #include <algorithm>
-#include <cstdint>
-#include <initializer_list>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -33,13 +30,10 @@ struct Taps {
       crows.push_back(row.data());
     }
   }
-  // Writes into the existing rows: the pointer tables stay valid.
-  void set(int tap, std::initializer_list<Kels32sc> v) { std::copy(v.begin(), v.end(), data[std::size_t(tap)].begin()); }
   void random(Rng& rng, int lo, int hi) {
     for (auto& row : data)
       for (auto& v : row) v = {rng.integer(lo, hi), rng.integer(lo, hi)};
   }
-  // Every value, re and im interleaved, tap by tap.
   std::vector<std::int32_t> flat() const {
     std::vector<std::int32_t> v;
     for (const auto& row : data)
@@ -51,10 +45,10 @@ struct Taps {
   std::vector<const Kels32sc*> crows;
 };
 
-TEST(AecFilter, CopiesAndRoundsTiesToEven) {
+TEST(AecFilter, RoundsTiesToEvenAndClampsTheAccumulator) {
   Taps x(1, 6), h(1, 6);
-  x.set(0, {{3, 5}, {-3, -5}, {7, 1}, {INT32_MAX, INT32_MIN}, {0, 0}, {1, -1}});
-  h.set(0, {{1, 0}, {1, 0}, {1, 0}, {1, 0}, {1, 0}, {1, 0}});
+  x.data[0] = {{3, 5}, {-3, -5}, {7, 1}, {INT32_MAX, INT32_MIN}, {0, 0}, {1, -1}};
+  h.data[0].assign(6, {1, 0});
   // sf = 0 copies; sf = 1 takes 1.5, 2.5, 3.5, 0.5 to the even neighbour; a negative sf
   // multiplies and saturates.
   const std::pair<int, std::vector<std::int32_t>> cases[] = {
@@ -66,6 +60,15 @@ TEST(AecFilter, CopiesAndRoundsTiesToEven) {
     ASSERT_EQ(kelOk, kelsFilterAECNLMS_32sc_Sfs(x.crows.data(), h.crows.data(), out.rows[0], 1, 6, sf));
     EXPECT_EQ(expected, out.flat()) << "sf " << sf;
   }
+  // The first two taps add 2^63 - 2^31 each to the real part, the third takes as much away:
+  // clamped at 2^63 after every addition the sum ends at 2^31 (1 after sf = 31), otherwise it
+  // would saturate.
+  Taps a(3, 1), b(3, 1), out(1, 1);
+  for (auto& row : a.data) row[0] = {INT32_MIN, INT32_MIN};
+  b.data[0][0] = b.data[1][0] = {INT32_MIN, INT32_MAX};
+  b.data[2][0] = {INT32_MAX, INT32_MIN};
+  ASSERT_EQ(kelOk, kelsFilterAECNLMS_32sc_Sfs(a.crows.data(), b.crows.data(), out.rows[0], 3, 1, 31));
+  EXPECT_EQ(1, out.data[0][0].re);
 }
 
 TEST(AecFilter, ComplexProductWithoutConjugate) {
@@ -92,19 +95,6 @@ TEST(AecFilter, ComplexProductWithoutConjugate) {
   }
 }
 
-TEST(AecFilter, AccumulatorIsClampedAfterEveryTap) {
-  // The first two taps add 2^63 - 2^31 each to the real part, the third takes as much away.
-  // With the clamp at 2^63 after every addition the sum ends at 2^31 (1 after sf = 31);
-  // without it at 2^63 - 2^31, which would saturate.
-  Taps x(3, 1), h(3, 1);
-  for (auto& row : x.data) row[0] = {INT32_MIN, INT32_MIN};
-  h.data[0][0] = h.data[1][0] = {INT32_MIN, INT32_MAX};
-  h.data[2][0] = {INT32_MAX, INT32_MIN};
-  std::vector<Kels32sc> out(1);
-  ASSERT_EQ(kelOk, kelsFilterAECNLMS_32sc_Sfs(x.crows.data(), h.crows.data(), out.data(), 3, 1, 31));
-  EXPECT_EQ(1, out[0].re);
-}
-
 TEST(AecFilter, CheckOrderWritesNothing) {
   // Pointers, then the length K, then the tap count and sf, then the tap rows.
   Taps x(2, 4), h(2, 4);
@@ -125,25 +115,15 @@ TEST(AecFilter, CheckOrderWritesNothing) {
   EXPECT_EQ(kelOk, call(x.crows.data(), 1, 4, 0));  // row 1 unused
 }
 
-// ---- step size ----
-
 TEST(AecStep, BranchesScalingAndStatedEdges) {
   const double unit = std::numeric_limits<double>::denorm_min(), inf = std::numeric_limits<double>::infinity();
   // With a = 2^30 (one half): 0.5 / E * 2^-sf above the threshold 1000, mu0 * 2^-(sf + 92) at
   // or below it.
-  const struct {
-    const char* what;
-    std::int32_t energy, a;
-    double mu0;
-    int sf;
-    double expected;
-  } rows[] = {
+  const struct { const char* what; std::int32_t energy, a; double mu0; int sf; double expected; } rows[] = {
       {"E = threshold takes the quiet branch", 1000, 1 << 30, 0.75, 3, std::ldexp(0.75, -95)},
       {"E = 0", 0, 1 << 30, 0.75, 3, std::ldexp(0.75, -95)},
       {"loud", 1001, 1 << 30, 0.75, 3, 0.5 / 1001 / 8},
-      {"loud, 2^20", 1 << 20, 1 << 30, 0.75, 3, std::ldexp(0.5, -23)},
       {"a negative sf doubles", 1001, 1 << 30, 0.75, -10, 0.5 / 1001 * 1024},
-      {"quiet, negative sf", 1000, 1 << 30, 0.75, -10, std::ldexp(0.75, -82)},
       {"a = 0, loud", 1001, 0, 0.75, 3, 0.0},
       {"a = 0, quiet", 1000, 0, 0.75, 3, 0.0},
       // 11 units of the smallest subnormal halved three times one by one (92 halvings: 89 exact,
@@ -183,47 +163,35 @@ TEST(AecStep, CheckOrderWritesNothing) {
   EXPECT_TRUE(out2.untouched());
 }
 
-// ---- coefficient update ----
-
 TEST(AecCoef, UpdateAgainstReference) {
   Rng rng(11);
   for (int sf : {0, 1, 12, 30}) {
-    const int taps = 3, len = 40;
+    const std::size_t taps = 3, len = 40;
     Taps x(taps, len), h(taps, len);
     x.random(rng, -5000, 5000);
     h.random(rng, -100000, 100000);
     const auto h0 = h.data;
-    std::vector<double> step(static_cast<std::size_t>(len));
-    std::vector<Kels32sc> err(static_cast<std::size_t>(len));
-    for (int i = 0; i < len; ++i) {
-      step[std::size_t(i)] = std::ldexp(double(rng.integer(0, 1000)), -40);  // exact products below
-      err[std::size_t(i)] = {rng.integer(-3000, 3000), rng.integer(-3000, 3000)};
+    std::vector<double> step;
+    std::vector<Kels32sc> err;
+    for (std::size_t i = 0; i < len; ++i) {
+      step.push_back(std::ldexp(double(rng.integer(0, 1000)), -40));  // exact products below
+      err.push_back({rng.integer(-3000, 3000), rng.integer(-3000, 3000)});
     }
-    ASSERT_EQ(kelOk, kelsCoefUpdateAECNLMS_32sc_I(step.data(), x.crows.data(), err.data(), h.rows.data(), taps,
-                                                  len, sf));
-    for (int j = 0; j < taps; ++j)
-      for (int i = 0; i < len; ++i) {
-        const Kels32sc xv = x.data[std::size_t(j)][std::size_t(i)], e = err[std::size_t(i)];
-        const Ref mu = step[std::size_t(i)], g = std::ldexp(Ref(1), sf);
-        // mu e conj(x): conj(x) = x.re - i x.im.
-        const Ref ure = mu * (Ref(e.re) * xv.re + Ref(e.im) * xv.im) * g;
-        const Ref uim = mu * (Ref(e.im) * xv.re - Ref(e.re) * xv.im) * g;
-        const Kels32sc old = h0[std::size_t(j)][std::size_t(i)];
-        ASSERT_EQ(refScaleRound<std::int32_t>(old.re + ure, 0), h.data[std::size_t(j)][std::size_t(i)].re);
-        ASSERT_EQ(refScaleRound<std::int32_t>(old.im + uim, 0), h.data[std::size_t(j)][std::size_t(i)].im);
+    ASSERT_EQ(kelOk, kelsCoefUpdateAECNLMS_32sc_I(step.data(), x.crows.data(), err.data(), h.rows.data(), int(taps),
+                                                  int(len), sf));
+    for (std::size_t j = 0; j < taps; ++j)
+      for (std::size_t i = 0; i < len; ++i) {  // h + mu e conj(x) 2^sf
+        const Kels32sc xv = x.data[j][i], e = err[i], old = h0[j][i];
+        const Ref g = step[i] * std::ldexp(Ref(1), sf);
+        ASSERT_EQ(refScaleRound<std::int32_t>(old.re + g * (Ref(e.re) * xv.re + Ref(e.im) * xv.im), 0), h.data[j][i].re);
+        ASSERT_EQ(refScaleRound<std::int32_t>(old.im + g * (Ref(e.im) * xv.re - Ref(e.re) * xv.im), 0), h.data[j][i].im);
       }
   }
 }
 
 TEST(AecCoef, StatedEdges) {
   const double inf = std::numeric_limits<double>::infinity();
-  struct Row {
-    const char* what;
-    Kels32sc x, h, err;
-    double step;
-    int sf;
-    Kels32sc expected;
-  } rows[] = {
+  const struct { const char* what; Kels32sc x, h, err; double step; int sf; Kels32sc expected; } rows[] = {
       {"zero step, extreme values", {INT32_MAX, INT32_MIN}, {77, -77}, {INT32_MAX, INT32_MIN}, 0.0, 31, {77, -77}},
       {"infinite step, zero product", {0, 0}, {77, -77}, {5, 5}, inf, 0, {77, -77}},
       {"u = 1.5 rounds to even", {3, 0}, {0, 0}, {1, 0}, std::ldexp(1.0, -31), 30, {2, 0}},
@@ -232,13 +200,12 @@ TEST(AecCoef, StatedEdges) {
       {"update saturates first", {INT32_MAX, 0}, {-1000, 0}, {INT32_MAX, 0}, 1.0, 10, {INT32_MAX - 1000, 0}},
       {"then the sum", {INT32_MAX, 0}, {INT32_MAX - 5, 0}, {1, 0}, 1.0, 10, {INT32_MAX, 0}},
   };
-  for (const Row& r : rows) {
+  for (const auto& r : rows) {
     Taps x(1, 1), h(1, 1);
     x.data[0][0] = r.x;
     h.data[0][0] = r.h;
     ASSERT_EQ(kelOk, kelsCoefUpdateAECNLMS_32sc_I(&r.step, x.crows.data(), &r.err, h.rows.data(), 1, 1, r.sf));
-    EXPECT_EQ(r.expected.re, h.data[0][0].re) << r.what;
-    EXPECT_EQ(r.expected.im, h.data[0][0].im) << r.what;
+    EXPECT_EQ((std::vector<std::int32_t>{r.expected.re, r.expected.im}), h.flat()) << r.what;
   }
 }
 
@@ -273,8 +240,6 @@ TEST(AecCoef, CheckOrderWritesNothing) {
   EXPECT_EQ(kelOk, call(step.data(), h.rows.data(), 2, 4, 0));
 }
 
-// ---- targets ----
-
 // Filter and coefficient update on every target this processor has against the first (scalar)
 // one, bit for bit: odd and even lengths (the wide kernels pair subbands), blocks beyond the
 // accumulator block, rows 8 bytes off 16-byte alignment, saturating and clamping values.
@@ -286,11 +251,11 @@ TEST(AecTargets, SameBitsOnEveryTarget) {
     x.random(rng, INT32_MIN, INT32_MAX);
     h0.random(rng, -(1 << 28), 1 << 28);
     for (auto& row : x.crows) ++row;  // one element past the allocation's start
-    std::vector<Kels32sc> err(static_cast<std::size_t>(len));
-    std::vector<double> step(static_cast<std::size_t>(len));
+    std::vector<Kels32sc> err;
+    std::vector<double> step;
     for (int i = 0; i < len; ++i) {
-      err[std::size_t(i)] = {rng.integer(INT32_MIN, INT32_MAX), rng.integer(-1000, 1000)};
-      step[std::size_t(i)] = i % 5 == 0 ? 0.0 : std::ldexp(rng.uniform(0, 1), -rng.integer(30, 70));
+      err.push_back({rng.integer(INT32_MIN, INT32_MAX), rng.integer(-1000, 1000)});
+      step.push_back(i % 5 == 0 ? 0.0 : std::ldexp(rng.uniform(0, 1), -rng.integer(30, 70)));
     }
     std::vector<std::int32_t> first;
     kels::test::forEachTarget([&](kels::Target t) {

@@ -21,17 +21,10 @@ struct Owner {
   Obj* p = nullptr;
   Owner() = default;
   Owner(const Owner&) = delete;
-  Owner& operator=(const Owner&) = delete;
-  ~Owner() { reset(); }
-  void reset() {
-    if (p != nullptr) {
-      freeBank(p);
-      kels::release(p);  // the record that Free deliberately leaves
-    }
-    p = nullptr;
-  }
+  ~Owner() { out(); }
   Obj** out() {
-    reset();
+    if (p != nullptr) { freeBank(p); kels::release(p); }  // also the record that Free leaves
+    p = nullptr;
     return &p;
   }
 };
@@ -50,7 +43,7 @@ inline int lengthOf(int l) {
   return n;
 }
 
-// Exact bin positions and mel values of the nFilter + 2 points, in long double.
+// Exact bin positions and mel values of the nFilter + 2 points.
 struct RefGrid {
   std::vector<LD> mel, pos;
 };
