@@ -104,13 +104,16 @@ TEST_P(MelBank, BuildsTheStatedBankAndEvaluatesOnEveryTarget) {
 // Every _16s builder builds the _32f builder's bank, and the integer evaluations are the float
 // results scaled by 2^-sf, rounded half to even, saturated.
 TEST(EvalIntegers, SameBanksAsTheFloatBuildersScaledRoundedSaturated) {
+  // Lambdas throughout: plain function pointers, whatever the exports' calling convention.
   const struct { KelsStatus (*f32)(KelsMelFBank_32f**); KelsStatus (*f16)(KelsMelFBank_16s**); int nFilter, frame; } builders[] = {
       {[](KelsMelFBank_32f** o) { int r; return kelsMelFBankInitAlloc_32f(o, &r, 256, 8000, 50, 4000, 20, 2595, 700, 2); },
        [](KelsMelFBank_16s** o) { int r; return kelsMelFBankInitAlloc_16s(o, &r, 256, 8000, 50, 4000, 20, 2595, 700, 2); }, 20, 0},
       {[](KelsMelFBank_32f** o) { int r; return kelsMelFBankInitAlloc_32f(o, &r, 256, 8000, 50, 4000, 20, 2595, 700, 6); },
        [](KelsMelFBank_16s** o) { int r; return kelsMelFBankInitAlloc_16s(o, &r, 256, 8000, 50, 4000, 20, 2595, 700, 6); }, 20, 1},
-      {kelsMelFBankInitAllocLow_Aurora_32f, kelsMelFBankInitAllocLow_Aurora_16s, 25, 0},
-      {kelsMelFBankInitAllocHigh_Aurora_32f, kelsMelFBankInitAllocHigh_Aurora_16s, 3, 0},
+      {[](KelsMelFBank_32f** o) { return kelsMelFBankInitAllocLow_Aurora_32f(o); },
+       [](KelsMelFBank_16s** o) { return kelsMelFBankInitAllocLow_Aurora_16s(o); }, 25, 0},
+      {[](KelsMelFBank_32f** o) { return kelsMelFBankInitAllocHigh_Aurora_32f(o); },
+       [](KelsMelFBank_16s** o) { return kelsMelFBankInitAllocHigh_Aurora_16s(o); }, 3, 0},
       {[](KelsMelFBank_32f** o) { int r; return kelsMelLinFBankInitAlloc_32f(o, &r, 256, 8000, 60, 4000, 18, 6, 1000, 2595, 700, 1); },
        [](KelsMelFBank_16s** o) { int r; return kelsMelLinFBankInitAlloc_16s(o, &r, 256, 8000, 60, 4000, 18, 6, 1000, 2595, 700, 1); }, 18, 0}};
   for (const auto& b : builders) {
